@@ -1,0 +1,119 @@
+#pragma once
+// The rows of the dev stack and the values detection works with.
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "snapshot/date.h"
+#include "snapshot/decoded.h"
+
+namespace corvane {
+
+// How a row is stopped.
+struct Stop {
+  struct Simulator {
+    std::string udid;
+    bool previews = false;
+    bool operator==(const Simulator&) const = default;
+  };
+  struct Emulator {
+    std::optional<std::string> serial;
+    bool operator==(const Emulator&) const = default;
+  };
+  struct Containers {
+    std::vector<std::string> ids;
+    bool operator==(const Containers&) const = default;
+  };
+  struct Signal {
+    bool operator==(const Signal&) const = default;
+  };
+
+  std::variant<Simulator, Emulator, Containers, Signal> method = Signal{};
+
+  static Stop simulator(std::string udid, bool previews) { return {Simulator{std::move(udid), previews}}; }
+  static Stop emulator(std::optional<std::string> serial) { return {Emulator{std::move(serial)}}; }
+  static Stop containers(std::vector<std::string> ids) { return {Containers{std::move(ids)}}; }
+  static Stop signal() { return {Signal{}}; }
+
+  template <class T>
+  const T* as() const { return std::get_if<T>(&method); }
+
+  bool operator==(const Stop&) const = default;
+};
+
+struct Item {
+  enum class Kind {
+    simulator,
+    simulatorApp,
+    emulator,
+    gradle,
+    kotlin,
+    xcode,
+    bundler,
+    docker,
+    container,
+    database,
+    tunnel,
+    server,
+    agent,
+  };
+
+  std::string id;
+  std::string key;
+  Kind kind = Kind::server;
+  std::string title;
+  std::optional<std::string> cwd;
+  std::optional<std::string> project;
+  std::optional<std::string> startedBy;
+  std::optional<int32_t> agentPID;
+  std::vector<int32_t> pids;
+  uint64_t memory = 0;
+  bool counted = true;
+  std::optional<Date> started;
+  std::vector<uint16_t> ports;
+  int64_t inbound = 0;
+  std::optional<Stop> stop;
+  bool guarded = false;
+  uint64_t cpuTime = 0;
+  double cpu = 0;
+  bool building = false;
+  std::optional<Date> idleSince;
+
+  bool operator==(const Item&) const = default;
+};
+
+inline constexpr std::array<Item::Kind, 13> allKinds = {
+    Item::Kind::simulator, Item::Kind::simulatorApp, Item::Kind::emulator, Item::Kind::gradle,
+    Item::Kind::kotlin,    Item::Kind::xcode,        Item::Kind::bundler,  Item::Kind::docker,
+    Item::Kind::container, Item::Kind::database,     Item::Kind::tunnel,   Item::Kind::server,
+    Item::Kind::agent,
+};
+
+std::string_view rawValue(Item::Kind kind);
+std::optional<Item::Kind> kindFromRawValue(std::string_view raw);
+
+// One running Docker container as `docker ps` and `docker stats` describe it.
+struct Container {
+  std::string id;
+  std::string name;
+  std::string image;
+  std::optional<std::string> project;
+  uint64_t memory = 0;
+
+  bool operator==(const Container&) const = default;
+};
+
+nlohmann::json toJSON(const Stop& stop);
+nlohmann::json toJSON(const Item& item);
+nlohmann::json toJSON(const Container& container);
+Decoded<Stop> decodeStop(const nlohmann::json& json);
+Decoded<Item> decodeItem(const nlohmann::json& json);
+Decoded<Container> decodeContainer(const nlohmann::json& json);
+
+}  // namespace corvane

@@ -1,0 +1,27 @@
+#pragma once
+// Points in time as the records carry them: microseconds since 1970, the resolution the kernel gives
+// process start times, so that a start time read twice compares equal.
+#include <chrono>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace corvane {
+
+using Date = std::chrono::sys_time<std::chrono::microseconds>;
+
+Date now();
+Date dateFromSeconds(double secondsSince1970);
+double secondsSince1970(Date date);
+double secondsBetween(Date from, Date to);
+
+// "2026-03-01T09:15:00Z", with ".123456" (trailing zeros dropped) when the date has a fraction.
+std::string iso8601(Date date);
+// Accepts a fraction of any length and "Z", "+HH:MM", "+HHMM" or "+HH" as the offset.
+std::optional<Date> parseISO8601(std::string_view text);
+
+// The desktop app's dates: seconds since 2001-01-01 00:00:00 UTC.
+double secondsSinceReferenceDate(Date date);
+Date dateFromReferenceSeconds(double seconds);
+
+}  // namespace corvane

@@ -1,0 +1,90 @@
+#include "snapshot/proc.h"
+
+#include <fstream>
+#include <sstream>
+
+#include "snapshot/json_fields.h"
+
+namespace corvane {
+
+using nlohmann::json;
+
+std::string lastPathComponent(const std::string& path) {
+  auto slash = path.rfind('/');
+  return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+json toJSON(const Proc& p) {
+  json j = {{"pid", p.pid},
+            {"ppid", p.ppid},
+            {"path", p.path},
+            {"args", p.args},
+            {"cwd", p.cwd},
+            {"footprint", p.footprint},
+            {"cpu", p.cpu},
+            {"started", iso8601(p.started)},
+            {"listening", p.listening},
+            {"inbound", p.inbound},
+            {"name", p.name}};
+  if (p.responsible) j["responsible"] = *p.responsible;
+  return j;
+}
+
+json toJSON(const Snapshot& s) {
+  json procs = json::array();
+  for (const auto& p : s.procs) procs.push_back(toJSON(p));
+  return {{"procs", std::move(procs)}, {"taken", iso8601(s.taken)}};
+}
+
+Decoded<Proc> decodeProc(const json& j) {
+  JSONFields f(j, "Proc");
+  Proc p;
+  p.pid = f.int32("pid");
+  p.ppid = f.int32("ppid");
+  p.path = f.string("path");
+  p.args = f.strings("args");
+  p.cwd = f.string("cwd");
+  p.footprint = f.uint64("footprint");
+  p.cpu = f.uint64("cpu");
+  p.started = f.date("started");
+  p.listening = f.ports("listening");
+  p.inbound = f.int64("inbound");
+  p.responsible = f.optionalInt32("responsible");
+  p.name = f.string("name");
+  if (!f.ok()) return Decoded<Proc>::failure(f.error());
+  return Decoded<Proc>::success(std::move(p));
+}
+
+Decoded<Snapshot> decodeSnapshot(const json& j) {
+  JSONFields f(j, "Snapshot");
+  Snapshot s;
+  s.taken = f.date("taken");
+  const json* procs = f.member("procs");
+  if (procs && !procs->is_array()) f.fail("Snapshot: \"procs\" must be an array.");
+  if (!f.ok()) return Decoded<Snapshot>::failure(f.error());
+  for (size_t i = 0; i < procs->size(); ++i) {
+    auto p = decodeProc((*procs)[i]);
+    if (!p) return Decoded<Snapshot>::failure("Snapshot: process " + std::to_string(i) + ": " + p.error);
+    s.procs.push_back(std::move(*p.value));
+  }
+  return Decoded<Snapshot>::success(std::move(s));
+}
+
+Decoded<Snapshot> readSnapshotFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) return Decoded<Snapshot>::failure("Can't read " + path + ".");
+  std::stringstream buffer;
+  buffer << in.rdbuf();
+  json j = json::parse(buffer.str(), nullptr, false);
+  if (j.is_discarded()) return Decoded<Snapshot>::failure(path + " is not valid JSON.");
+  return decodeSnapshot(j);
+}
+
+bool writeSnapshotFile(const Snapshot& snapshot, const std::string& path) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  if (!out) return false;
+  out << toJSON(snapshot).dump(2, ' ', false, json::error_handler_t::replace) << "\n";
+  return static_cast<bool>(out);
+}
+
+}  // namespace corvane

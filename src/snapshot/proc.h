@@ -1,0 +1,51 @@
+#pragma once
+// One process of the user, and the user's process table at one moment.
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "snapshot/date.h"
+#include "snapshot/decoded.h"
+
+namespace corvane {
+
+struct Proc {
+  int32_t pid = 0;
+  int32_t ppid = 0;
+  std::string path;
+  std::vector<std::string> args;  // args[0] included
+  std::string cwd = "/";
+  uint64_t footprint = 0;  // bytes
+  uint64_t cpu = 0;        // nanoseconds of user plus system time
+  Date started{};
+  std::vector<uint16_t> listening;  // ascending, no duplicates
+  int64_t inbound = 0;              // established connections on a listening port
+  std::optional<int32_t> responsible;
+  std::string name;  // last path component of `path`
+
+  bool operator==(const Proc&) const = default;
+};
+
+struct Snapshot {
+  std::vector<Proc> procs;  // in the kernel's order
+  Date taken{};
+
+  bool operator==(const Snapshot&) const = default;
+};
+
+// The last component of a path: "node" for "/usr/bin/node", "" for "" and for a path ending in "/".
+std::string lastPathComponent(const std::string& path);
+
+nlohmann::json toJSON(const Proc& proc);
+nlohmann::json toJSON(const Snapshot& snapshot);
+Decoded<Proc> decodeProc(const nlohmann::json& json);
+Decoded<Snapshot> decodeSnapshot(const nlohmann::json& json);
+
+// Snapshots as files, as the detection fixtures keep them.
+Decoded<Snapshot> readSnapshotFile(const std::string& path);
+bool writeSnapshotFile(const Snapshot& snapshot, const std::string& path);
+
+}  // namespace corvane

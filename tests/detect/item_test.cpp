@@ -1,0 +1,108 @@
+#include "detect/item.h"
+
+#include <gtest/gtest.h>
+
+#include "cli/json_output.h"
+
+namespace corvane {
+namespace {
+
+using nlohmann::json;
+
+Item sampleItem() {
+  Item item;
+  item.id = "server:4121";
+  item.key = "server:/Users/ann/shop:Next.js";
+  item.kind = Item::Kind::server;
+  item.title = "Next.js :3000";
+  item.cwd = "/Users/ann/shop";
+  item.pids = {4121, 4122};
+  item.memory = 1'200'000'000;
+  item.started = dateFromSeconds(1772356500);
+  item.ports = {3000};
+  item.inbound = 2;
+  item.stop = Stop::signal();
+  item.cpuTime = 99;
+  item.cpu = 0.25;
+  return item;
+}
+
+TEST(KindTest, RawValuesRoundTrip) {
+  for (auto kind : allKinds) EXPECT_EQ(kindFromRawValue(rawValue(kind)), kind);
+  EXPECT_EQ(rawValue(Item::Kind::simulatorApp), "simulatorApp");
+  EXPECT_FALSE(kindFromRawValue("simulatorapp"));
+}
+
+TEST(StopTest, JSONHasExactlyOneKey) {
+  EXPECT_EQ(toJSON(Stop::emulator(std::nullopt)), json::parse(R"({"emulator": {}})"));
+  EXPECT_EQ(toJSON(Stop::containers({"a1", "b2"})), json::parse(R"({"containers": {"_0": ["a1", "b2"]}})"));
+  EXPECT_EQ(toJSON(Stop::simulator("U", true)), json::parse(R"({"simulator": {"udid": "U", "previews": true}})"));
+  EXPECT_EQ(toJSON(Stop::signal()), json::parse(R"({"signal": {}})"));
+
+  for (const Stop& stop : {Stop::emulator(std::nullopt), Stop::emulator("emulator-5554"),
+                           Stop::containers({"a1", "b2"}), Stop::simulator("U", false), Stop::signal()}) {
+    auto back = decodeStop(toJSON(stop));
+    ASSERT_TRUE(back) << back.error;
+    EXPECT_EQ(*back.value, stop);
+  }
+  EXPECT_EQ(decodeStop(json::parse(R"({"signal": {}, "emulator": {}})")).error,
+            "Invalid number of keys found, expected one.");
+  EXPECT_EQ(decodeStop(json::object()).error, "Invalid number of keys found, expected one.");
+  EXPECT_EQ(decodeStop(json::parse(R"({"reboot": {}})")).error, "Stop has no case named \"reboot\".");
+  EXPECT_FALSE(decodeStop(json::parse(R"({"simulator": {"udid": 1, "previews": true}})")));
+  EXPECT_FALSE(decodeStop(json::parse(R"({"containers": {}})")));
+  EXPECT_FALSE(decodeStop(json::parse(R"({"signal": []})")));
+}
+
+TEST(ItemTest, RoundTripsAndLeavesOutAbsentOptionals) {
+  Item item = sampleItem();
+  json j = toJSON(item);
+  for (auto key : {"project", "startedBy", "agentPID", "idleSince"}) EXPECT_FALSE(j.contains(key)) << key;
+  auto back = decodeItem(j);
+  ASSERT_TRUE(back) << back.error;
+  EXPECT_EQ(*back.value, item);
+
+  item.project = "shop";
+  item.startedBy = "Claude Code";
+  item.agentPID = 900;
+  item.idleSince = dateFromSeconds(1772356000.5);
+  item.stop.reset();
+  back = decodeItem(json::parse(toJSON(item).dump()));
+  ASSERT_TRUE(back) << back.error;
+  EXPECT_EQ(*back.value, item);
+
+  json bad = toJSON(item);
+  bad["kind"] = "laptop";
+  EXPECT_EQ(decodeItem(bad).error, "Item: \"laptop\" is not a kind.");
+  bad = toJSON(item);
+  bad["stop"] = json::parse(R"({"signal": {}, "emulator": {}})");
+  EXPECT_EQ(decodeItem(bad).error, "Item: \"stop\": Invalid number of keys found, expected one.");
+  EXPECT_FALSE(decodeItem(json("item")));
+}
+
+TEST(ContainerTest, RoundTripsWithAndWithoutProject) {
+  Container c{"abc123", "shop-db-1", "postgres:16", "shop", 250'000'000};
+  auto back = decodeContainer(toJSON(c));
+  ASSERT_TRUE(back) << back.error;
+  EXPECT_EQ(*back.value, c);
+  c.project.reset();
+  EXPECT_FALSE(toJSON(c).contains("project"));
+  back = decodeContainer(toJSON(c));
+  ASSERT_TRUE(back);
+  EXPECT_EQ(*back.value, c);
+  EXPECT_FALSE(decodeContainer(json{{"id", "x"}}));
+}
+
+TEST(EncodeJSONTest, PrettySortedWithEscapedSlashes) {
+  std::string text = encodeJSON(toJSON(sampleItem()));
+  EXPECT_NE(text.find("\"cwd\": \"\\/Users\\/ann\\/shop\""), std::string::npos) << text;
+  EXPECT_LT(text.find("\"building\""), text.find("\"counted\""));
+  EXPECT_LT(text.find("\"cpu\""), text.find("\"cpuTime\""));
+  EXPECT_NE(text.find("\n  \"id\""), std::string::npos);
+  EXPECT_EQ(encodeJSON(json::array()), "[]");
+  EXPECT_EQ(encodeJSON(json("caf\xc3\xa9")), "\"caf\xc3\xa9\"");
+  EXPECT_EQ(encodeJSON(json("\xff")), "");
+}
+
+}  // namespace
+}  // namespace corvane

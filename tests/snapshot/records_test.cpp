@@ -1,0 +1,111 @@
+#include <gtest/gtest.h>
+
+#include "snapshot/memory.h"
+#include "snapshot/proc.h"
+#include "support/run_program.h"
+
+namespace corvane {
+namespace {
+
+using nlohmann::json;
+
+Proc sampleProc() {
+  Proc p;
+  p.pid = 4121;
+  p.ppid = 4100;
+  p.path = "/opt/homebrew/bin/node";
+  p.args = {"node", "/Users/ann/shop/node_modules/.bin/next", "dev"};
+  p.cwd = "/Users/ann/shop";
+  p.footprint = 1'234'567'890'123ULL;
+  p.cpu = 18'000'000'000ULL;
+  p.started = dateFromSeconds(1772356500.123456);
+  p.listening = {3000, 9229};
+  p.inbound = 3;
+  p.name = "node";
+  return p;
+}
+
+TEST(DateTest, ISO8601KeepsMicrosecondsAndReadsOffsets) {
+  Date d = dateFromSeconds(1772356500.25);
+  EXPECT_EQ(iso8601(d), "2026-03-01T09:15:00.25Z");
+  EXPECT_EQ(iso8601(dateFromSeconds(1772356500)), "2026-03-01T09:15:00Z");
+  EXPECT_EQ(parseISO8601("2026-03-01T09:15:00.25Z"), d);
+  EXPECT_EQ(parseISO8601("2026-03-01T10:15:00.250+01:00"), d);
+  EXPECT_EQ(parseISO8601("2026-03-01T04:15:00.25-0500"), d);
+  EXPECT_EQ(iso8601(dateFromSeconds(-1.5)), "1969-12-31T23:59:58.5Z");
+  for (auto bad : {"", "2026-03-01", "2026-13-01T00:00:00Z", "2026-03-01T09:15:00", "2026-03-01T09:15:00.Z",
+                   "2026-03-01T09:15:00Zjunk", "2026-02-30T00:00:00Z"})
+    EXPECT_FALSE(parseISO8601(bad)) << bad;
+  EXPECT_DOUBLE_EQ(secondsSinceReferenceDate(dateFromSeconds(978307200 + 1.5)), 1.5);
+}
+
+TEST(ProcTest, RoundTripsWithAndWithoutResponsible) {
+  Proc p = sampleProc();
+  json j = toJSON(p);
+  EXPECT_FALSE(j.contains("responsible"));
+  EXPECT_EQ(j["started"], "2026-03-01T09:15:00.123456Z");
+  auto back = decodeProc(j);
+  ASSERT_TRUE(back) << back.error;
+  EXPECT_EQ(*back.value, p);
+  EXPECT_FALSE(back.value->responsible);
+
+  p.responsible = 77;
+  back = decodeProc(json::parse(toJSON(p).dump()));
+  ASSERT_TRUE(back) << back.error;
+  EXPECT_EQ(back.value->responsible, 77);
+  EXPECT_EQ(*back.value, p);
+}
+
+TEST(ProcTest, MalformedJSONBecomesAnErrorValue) {
+  json good = toJSON(sampleProc());
+  auto broken = [&](auto change) {
+    json j = good;
+    change(j);
+    return decodeProc(j);
+  };
+  EXPECT_EQ(decodeProc(json::array()).error, "Proc must be a JSON object.");
+  EXPECT_EQ(broken([](json& j) { j.erase("pid"); }).error, "Proc: the key \"pid\" is missing.");
+  EXPECT_EQ(broken([](json& j) { j["pid"] = "12"; }).error, "Proc: \"pid\" must be a 32-bit integer.");
+  EXPECT_FALSE(broken([](json& j) { j["pid"] = 5000000000LL; }));
+  EXPECT_FALSE(broken([](json& j) { j["footprint"] = -1; }));
+  EXPECT_FALSE(broken([](json& j) { j["listening"] = {3000, 70000}; }));
+  EXPECT_FALSE(broken([](json& j) { j["args"] = {"a", 1}; }));
+  EXPECT_FALSE(broken([](json& j) { j["started"] = "yesterday"; }));
+  EXPECT_FALSE(broken([](json& j) { j["responsible"] = "x"; }));
+  EXPECT_TRUE(broken([](json& j) { j["responsible"] = nullptr; }));
+}
+
+TEST(SnapshotTest, RoundTripsThroughAFile) {
+  Snapshot empty{{}, dateFromSeconds(1772356500)};
+  EXPECT_EQ(toJSON(empty)["procs"], json::array());
+
+  Snapshot s{{sampleProc(), sampleProc()}, dateFromSeconds(1772356512.5)};
+  s.procs[1].pid = 4122;
+  s.procs[1].responsible = 1;
+  std::string path = testing_support::makeTempDir("snapshot") + "/snapshot.json";
+  ASSERT_TRUE(writeSnapshotFile(s, path));
+  auto back = readSnapshotFile(path);
+  ASSERT_TRUE(back) << back.error;
+  EXPECT_EQ(*back.value, s);
+
+  EXPECT_FALSE(readSnapshotFile(path + ".missing"));
+  auto noProcs = decodeSnapshot(json{{"taken", "2026-03-01T09:15:00Z"}});
+  EXPECT_EQ(noProcs.error, "Snapshot: the key \"procs\" is missing.");
+  auto badProc = decodeSnapshot(json{{"taken", "2026-03-01T09:15:00Z"}, {"procs", {1}}});
+  EXPECT_EQ(badProc.error, "Snapshot: process 0: Proc must be a JSON object.");
+}
+
+TEST(PressureTest, LevelsMapAndOrder) {
+  EXPECT_EQ(pressureFromLevel(4), Pressure::critical);
+  EXPECT_EQ(pressureFromLevel(2), Pressure::warning);
+  for (int level : {0, 1, 3, 8, -1}) EXPECT_EQ(pressureFromLevel(level), Pressure::normal);
+  EXPECT_LT(Pressure::normal, Pressure::warning);
+  EXPECT_LT(Pressure::warning, Pressure::critical);
+  EXPECT_EQ(pressureFromRawValue(2), Pressure::warning);
+  EXPECT_FALSE(pressureFromRawValue(3));
+  EXPECT_EQ(pressureName(Pressure::critical), "critical");
+  EXPECT_EQ(pressureName(Memory::pressure()).empty(), false);
+}
+
+}  // namespace
+}  // namespace corvane
