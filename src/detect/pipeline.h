@@ -1,0 +1,20 @@
+#pragma once
+// The classification run: a World in, the rows of the dev stack out.
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "detect/item.h"
+#include "detect/world.h"
+
+namespace corvane {
+
+std::vector<Item> detect(const World& world);
+
+// The display name of the coding agent a process is, if it is one.
+std::optional<std::string> agentName(const Proc& proc);
+
+// A path inside an application bundle that is not one of the in-app toolchains.
+bool isAppPath(const std::string& path);
+
+}  // namespace corvane
