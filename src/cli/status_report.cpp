@@ -1,0 +1,107 @@
+#include "cli/status_report.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace corvane {
+
+namespace {
+
+constexpr size_t titleUnits = 34;
+constexpr size_t memoryWidth = 8;
+constexpr std::string_view dot = " \xC2\xB7 ";  // U+00B7 with a blank on each side
+
+// Length in bytes of the UTF-8 sequence that starts with `lead`; invalid leads count as one byte.
+size_t sequenceLength(unsigned char lead) {
+  if (lead >= 0xF0 && lead < 0xF8) return 4;
+  if (lead >= 0xE0) return lead < 0xF0 ? 3 : 1;
+  if (lead >= 0xC0) return 2;
+  return 1;
+}
+
+// The title padded with blanks or cut to exactly 34 UTF-16 code units. A character outside the basic
+// plane takes two units and is never split: the cut then falls before it and a blank fills the gap.
+std::string titleField(const std::string& title) {
+  std::string result;
+  size_t units = 0;
+  for (size_t i = 0; i < title.size();) {
+    size_t length = std::min(sequenceLength(static_cast<unsigned char>(title[i])), title.size() - i);
+    size_t width = length == 4 ? 2 : 1;
+    if (units + width > titleUnits) break;
+    result.append(title, i, length);
+    units += width;
+    i += length;
+  }
+  result.append(titleUnits - units, ' ');
+  return result;
+}
+
+}  // namespace
+
+std::string_view groupName(Item::Kind kind) {
+  switch (kind) {
+    case Item::Kind::simulator:
+    case Item::Kind::simulatorApp: return "Simulators";
+    case Item::Kind::emulator: return "Android";
+    case Item::Kind::gradle:
+    case Item::Kind::kotlin: return "Gradle & Kotlin";
+    case Item::Kind::xcode: return "Xcode";
+    case Item::Kind::bundler: return "Bundlers";
+    case Item::Kind::docker:
+    case Item::Kind::container: return "Docker";
+    case Item::Kind::database: return "Databases";
+    case Item::Kind::tunnel: return "Tunnels";
+    case Item::Kind::server: return "Dev servers";
+    case Item::Kind::agent: return "Agents";
+  }
+  return "";
+}
+
+std::string gigabyteText(uint64_t bytes) {
+  char buffer[64];
+  std::snprintf(buffer, sizeof buffer, "%.1f GB", static_cast<double>(bytes) / 1e9);
+  return buffer;
+}
+
+std::string headerLine(const StatusHeader& h) {
+  std::string line = "Dev stack " + gigabyteText(h.devStack);
+  line += std::string(dot) + "pressure " + pressureName(h.pressure);
+  line += std::string(dot) + "swap " + gigabyteText(h.swapUsed);
+  line += std::string(dot) + "scanned in " + std::to_string(static_cast<int64_t>(h.scanSeconds * 1000)) + " ms";
+  return line;
+}
+
+std::string rowLine(const Item& item, bool pinned) {
+  std::string memory = gigabyteText(item.memory);
+  std::string line = "  " + titleField(item.title) + " ";
+  if (memory.size() < memoryWidth) line.append(memoryWidth - memory.size(), ' ');
+  line += memory + "  " + std::string(rawValue(item.kind));
+  if (item.startedBy) line += std::string(dot) + "started by " + *item.startedBy;
+  if (pinned) line += std::string(dot) + "pinned";
+  if (item.guarded) line += std::string(dot) + "guarded";
+  if (!item.stop) line += std::string(dot) + "not stoppable";
+  line += std::string(dot) + std::to_string(item.pids.size()) + " proc" + std::string(dot) + item.id;
+  return line;
+}
+
+std::string statusText(const std::vector<Item>& items, const std::map<std::string, std::string>& pins,
+                       Pressure pressure, uint64_t swapUsed, double scanSeconds) {
+  StatusHeader header{0, pressure, swapUsed, scanSeconds};
+  for (const auto& item : items)
+    if (item.counted) header.devStack += item.memory;
+
+  // std::map orders groups by their UTF-8 bytes, which is the order of their Unicode scalars.
+  std::map<std::string, std::vector<const Item*>> groups;
+  for (const auto& item : items)
+    groups[item.project ? *item.project : std::string(groupName(item.kind))].push_back(&item);
+
+  std::string text = headerLine(header) + "\n\n";
+  for (auto& [name, rows] : groups) {
+    text += name + "\n";
+    std::stable_sort(rows.begin(), rows.end(), [](const Item* a, const Item* b) { return a->memory > b->memory; });
+    for (const Item* item : rows) text += rowLine(*item, !pins.empty() && pins.count(item->key) > 0) + "\n";
+  }
+  return text;
+}
+
+}  // namespace corvane

@@ -1,0 +1,94 @@
+#include "cli/status_report.h"
+
+#include <gtest/gtest.h>
+
+namespace corvane {
+namespace {
+
+Item row(std::string id, Item::Kind kind, std::string title, uint64_t memory) {
+  Item item;
+  item.id = std::move(id);
+  item.key = item.id;
+  item.kind = kind;
+  item.title = std::move(title);
+  item.memory = memory;
+  item.stop = Stop::signal();
+  item.pids = {1};
+  return item;
+}
+
+TEST(StatusReportTest, RowLineColumnsAndMarks) {
+  Item next = row("server:4121", Item::Kind::server, "Next.js :3000", 1'200'000'000);
+  next.startedBy = "Claude Code";
+  next.pids = {4121, 4122, 4123};
+  EXPECT_EQ(rowLine(next, false),
+            "  Next.js :3000                        1.2 GB  server \xC2\xB7 started by Claude Code \xC2\xB7 3 proc "
+            "\xC2\xB7 server:4121");
+
+  Item engine = row("docker:OrbStack", Item::Kind::docker, std::string(40, 'x'), 1'234'500'000'000ULL);
+  engine.stop.reset();
+  engine.guarded = true;
+  engine.startedBy = "iTerm";
+  EXPECT_EQ(rowLine(engine, true), "  " + std::string(34, 'x') + " 1234.5 GB  docker \xC2\xB7 started by iTerm \xC2\xB7 "
+                                   "pinned \xC2\xB7 guarded \xC2\xB7 not stoppable \xC2\xB7 1 proc \xC2\xB7 docker:OrbStack");
+
+  Item big = row("db:1", Item::Kind::database, "abc", 123'400'000'000ULL);
+  EXPECT_EQ(rowLine(big, false).substr(0, 2 + 34 + 1 + 8 + 2), "  abc" + std::string(31, ' ') + " 123.4 GB  ");
+
+  Item container = row("container:ab", Item::Kind::container, "shop-db-1", 250'000'000);
+  container.pids.clear();
+  EXPECT_NE(rowLine(container, false).find(" \xC2\xB7 0 proc \xC2\xB7 container:ab"), std::string::npos);
+}
+
+TEST(StatusReportTest, TitlesCountUTF16Units) {
+  // "Xcode Previews · iPhone 16" holds a two-byte middle dot (one unit); an emoji takes two units.
+  Item previews = row("sim:A", Item::Kind::simulator, "Xcode Previews \xC2\xB7 iPhone 16 Pro Max Ultra", 0);
+  std::string line = rowLine(previews, false);
+  EXPECT_EQ(line.substr(2, 36), "Xcode Previews \xC2\xB7 iPhone 16 Pro Max ");
+  EXPECT_EQ(line[38], ' ');
+  Item emoji = row("x", Item::Kind::server, std::string(33, 'a') + "\xF0\x9F\x9A\x80", 0);
+  EXPECT_EQ(rowLine(emoji, false).substr(2, 35), std::string(33, 'a') + "  ");
+}
+
+TEST(StatusReportTest, GroupsSortedByStringRowsByMemoryStable) {
+  Item zed = row("a", Item::Kind::server, "A", 5);
+  zed.project = "Zed";
+  Item api1 = row("b", Item::Kind::server, "B", 1'000'000'000);
+  api1.project = "api";
+  Item api2 = row("c", Item::Kind::tunnel, "C", 3'000'000'000);
+  api2.project = "api";
+  Item api3 = row("d", Item::Kind::server, "D", 1'000'000'000);
+  api3.project = "api";
+  Item db = row("e", Item::Kind::database, "Redis :6379", 7);
+  Item container = row("f", Item::Kind::container, "web-1", 2'000'000'000);
+  container.counted = false;
+  container.project = "Docker";
+  Item engine = row("g", Item::Kind::docker, "Docker Engine", 100'000'000);
+
+  std::string text = statusText({zed, api1, api2, api3, db, container, engine}, {}, Pressure::warning,
+                                2'500'000'000, 0.4129);
+  std::string expectedGroups;
+  for (size_t pos = text.find("\n\n") + 2; pos < text.size();) {
+    size_t end = text.find('\n', pos);
+    if (text[pos] != ' ') expectedGroups += text.substr(pos, end - pos) + "|";
+    pos = end + 1;
+  }
+  EXPECT_EQ(expectedGroups, "Databases|Docker|Zed|api|");
+  EXPECT_EQ(text.substr(0, text.find('\n')),
+            "Dev stack 5.1 GB \xC2\xB7 pressure warning \xC2\xB7 swap 2.5 GB \xC2\xB7 scanned in 412 ms");
+  EXPECT_LT(text.find("  C "), text.find("  B "));
+  EXPECT_LT(text.find("  B "), text.find("  D "));
+  EXPECT_LT(text.find("  web-1"), text.find("  Docker Engine"));
+}
+
+TEST(StatusReportTest, EmptyScanAndPins) {
+  EXPECT_EQ(statusText({}, {}, Pressure::normal, 0, 0),
+            "Dev stack 0.0 GB \xC2\xB7 pressure normal \xC2\xB7 swap 0.0 GB \xC2\xB7 scanned in 0 ms\n\n");
+  Item sim = row("sim:U", Item::Kind::simulator, "iPhone 16", 0);
+  sim.key = "sim:U";
+  EXPECT_NE(statusText({sim}, {{"sim:U", "x"}}, Pressure::normal, 0, 0).find("pinned"), std::string::npos);
+  EXPECT_EQ(statusText({sim}, {{"sim:V", "x"}}, Pressure::normal, 0, 0).find("pinned"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace corvane
