@@ -1,0 +1,129 @@
+#include "mcp/handler.h"
+
+#include <array>
+
+namespace corvane::MCP {
+
+using nlohmann::json;
+
+namespace {
+
+constexpr std::array<const char*, 4> handshakeVersions = {"2025-11-25", "2025-06-18", "2025-03-26", "2024-11-05"};
+constexpr std::array<const char*, 5> allVersions = {"2026-07-28", "2025-11-25", "2025-06-18", "2025-03-26",
+                                                    "2024-11-05"};
+constexpr const char* fallbackVersion = "2025-11-25";
+constexpr const char* versionKey = "io.modelcontextprotocol/protocolVersion";
+
+constexpr const char* instructions =
+    "Corvane sees the Mac's dev stack: simulators, emulators, Gradle and Kotlin daemons, Docker containers, "
+    "bundlers, dev servers and databases, with their RAM. Call list_running before booting another simulator or "
+    "emulator, free_memory when memory is tight, find_free_port before starting a server, and stop your own dev "
+    "server when you're done. Agents can't stop pinned rows, databases, anything building, or what another agent "
+    "started.";
+
+template <size_t N>
+bool listed(const std::array<const char*, N>& list, const std::string& version) {
+  for (const char* v : list)
+    if (version == v) return true;
+  return false;
+}
+
+json versionArray() {
+  json a = json::array();
+  for (const char* v : allVersions) a.push_back(v);
+  return a;
+}
+
+json serverInfo(const std::string& version) { return {{"name", "corvane"}, {"version", version}}; }
+
+json capabilities() { return {{"tools", json::object()}}; }
+
+json toolResult(const Reply& reply) {
+  return {{"content", json::array({{{"type", "text"}, {"text", reply.text}}})}, {"isError", reply.isError}};
+}
+
+std::optional<std::string> reply(const json& envelope) { return serialize(envelope); }
+
+std::optional<std::string> errorReply(int code, const std::string& message, const json& id,
+                                      const json& data = nullptr) {
+  return serialize(error(code, message, id, data));
+}
+
+}  // namespace
+
+json error(int code, const std::string& message, const json& id, const json& data) {
+  json e = {{"code", code}, {"message", message}};
+  if (!data.is_null()) e["data"] = data;
+  return {{"jsonrpc", "2.0"}, {"id", id}, {"error", std::move(e)}};
+}
+
+std::optional<std::string> serialize(const json& value) {
+  try {
+    return value.dump();
+  } catch (const json::exception&) {
+    return std::nullopt;
+  }
+}
+
+std::optional<std::string> handle(std::string_view line, const std::string& version, const Runner& run) {
+  json request = json::parse(line.begin(), line.end(), nullptr, false);
+  if (request.is_discarded() || !(request.is_object() || request.is_array()))
+    return errorReply(-32700, "Parse error", nullptr);
+  if (!request.is_object()) return errorReply(-32600, "Invalid request", nullptr);
+
+  auto idMember = request.find("id");
+  if (idMember == request.end() || idMember->is_null()) return std::nullopt;
+  const json id = *idMember;
+
+  auto methodMember = request.find("method");
+  if (methodMember == request.end() || !methodMember->is_string()) return errorReply(-32600, "Invalid request", id);
+  const std::string method = methodMember->get<std::string>();
+
+  json params = json::object();
+  if (auto p = request.find("params"); p != request.end() && p->is_object()) params = *p;
+
+  bool versioned = false;
+  if (auto meta = params.find("_meta"); meta != params.end() && meta->is_object()) {
+    if (auto requested = meta->find(versionKey); requested != meta->end() && requested->is_string()) {
+      std::string asked = requested->get<std::string>();
+      if (!listed(allVersions, asked))
+        return errorReply(-32022, "Unsupported protocol version", id,
+                          {{"supported", versionArray()}, {"requested", asked}});
+      versioned = true;
+    }
+  }
+
+  json result;
+  if (method == "initialize") {
+    std::string asked;
+    if (auto v = params.find("protocolVersion"); v != params.end() && v->is_string()) asked = v->get<std::string>();
+    result = {{"protocolVersion", listed(handshakeVersions, asked) ? asked : std::string(fallbackVersion)},
+              {"capabilities", capabilities()},
+              {"serverInfo", serverInfo(version)},
+              {"instructions", instructions}};
+  } else if (method == "server/discover") {
+    result = {{"supportedVersions", versionArray()}, {"capabilities", capabilities()}, {"instructions", instructions}};
+  } else if (method == "ping") {
+    result = json::object();
+  } else if (method == "tools/list") {
+    result = {{"tools", tools()}};
+  } else if (method == "tools/call") {
+    std::string name;
+    if (auto n = params.find("name"); n != params.end() && n->is_string()) name = n->get<std::string>();
+    if (!isTool(name)) return errorReply(-32602, "Unknown tool: " + name, id);
+    json arguments = json::object();
+    if (auto a = params.find("arguments"); a != params.end() && a->is_object()) arguments = *a;
+    auto call = parse(name, arguments);
+    result = toolResult(call ? run(*call) : Reply{"Invalid arguments for " + name + "; see its inputSchema.", true});
+  } else {
+    return errorReply(-32601, "Method not found: " + method, id);
+  }
+
+  if (versioned || method == "server/discover") {
+    result["resultType"] = "complete";
+    result["_meta"] = {{"io.modelcontextprotocol/serverInfo", serverInfo(version)}};
+  }
+  return reply({{"jsonrpc", "2.0"}, {"id", id}, {"result", std::move(result)}});
+}
+
+}  // namespace corvane::MCP

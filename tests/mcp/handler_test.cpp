@@ -1,0 +1,164 @@
+#include "mcp/handler.h"
+
+#include <random>
+
+#include <gtest/gtest.h>
+
+namespace corvane::MCP {
+namespace {
+
+using nlohmann::json;
+
+struct Recorder {
+  std::vector<Call> calls;
+  Runner runner() {
+    return [this](const Call& c) {
+      calls.push_back(c);
+      return Reply{"ran/" + std::to_string(static_cast<int>(c.kind)), false};
+    };
+  }
+};
+
+std::optional<json> send(const std::string& line, Recorder* recorder = nullptr) {
+  Recorder local;
+  auto reply = handle(line, "1.2", (recorder ? recorder : &local)->runner());
+  if (!reply) return std::nullopt;
+  EXPECT_EQ(reply->find('\n'), std::string::npos);
+  return json::parse(*reply);
+}
+
+TEST(HandlerTest, ErrorTable) {
+  EXPECT_EQ(handle("{", "1", nullptr), R"({"error":{"code":-32700,"message":"Parse error"},"id":null,"jsonrpc":"2.0"})");
+  EXPECT_EQ(send("   ")->at("error")["code"], -32700);
+  EXPECT_EQ(send("42")->at("error")["code"], -32700);
+  EXPECT_EQ(send("\"ping\"")->at("error")["code"], -32700);
+  EXPECT_EQ(send("{\"id\":1,\"method\":\"p\xff\"}")->at("error")["code"], -32700);
+
+  auto batch = send(R"([{"jsonrpc":"2.0","id":1,"method":"ping"}])");
+  EXPECT_EQ(*batch, json::parse(R"({"error":{"code":-32600,"message":"Invalid request"},"id":null,"jsonrpc":"2.0"})"));
+  EXPECT_EQ(*send(R"({"id":7})"),
+            json::parse(R"({"error":{"code":-32600,"message":"Invalid request"},"id":7,"jsonrpc":"2.0"})"));
+  EXPECT_EQ(send(R"({"id":7,"method":3})")->at("error")["code"], -32600);
+  EXPECT_EQ(send(R"({"id":"a","method":"resources/list"})")->at("error")["message"], "Method not found: resources/list");
+  EXPECT_EQ(send(R"({"id":1,"method":"tools/call","params":{}})")->at("error")["message"], "Unknown tool: ");
+  EXPECT_EQ(send(R"({"id":1,"method":"tools/call","params":{"name":"reboot"}})")->at("error")["code"], -32602);
+}
+
+TEST(HandlerTest, NotificationsAreSilent) {
+  EXPECT_FALSE(send(R"({"jsonrpc":"2.0","method":"ping"})"));
+  EXPECT_FALSE(send(R"({"jsonrpc":"2.0","id":null,"method":"ping"})"));
+  EXPECT_FALSE(send("{}"));
+  EXPECT_FALSE(send(R"({"method":"notifications/initialized"})"));
+  Recorder r;
+  EXPECT_FALSE(send(R"({"method":"tools/call","params":{"name":"stop","arguments":{"target":"x"}}})", &r));
+  EXPECT_TRUE(r.calls.empty());
+}
+
+TEST(HandlerTest, PingRepliesWithSortedCompactKeysAndEchoedIds) {
+  EXPECT_EQ(handle(R"({"jsonrpc":"2.0","id":1,"method":"ping"})", "1", nullptr), R"({"id":1,"jsonrpc":"2.0","result":{}})");
+  EXPECT_EQ(handle(R"({"id":"1","method":"ping"})", "1", nullptr), R"({"id":"1","jsonrpc":"2.0","result":{}})");
+  EXPECT_EQ(handle(R"({"id":-3.5,"method":"ping","params":[1]})", "1", nullptr),
+            R"({"id":-3.5,"jsonrpc":"2.0","result":{}})");
+}
+
+TEST(HandlerTest, InitializeNegotiatesTheHandshakeVersion) {
+  auto version = [](const std::string& params) {
+    return send(R"({"id":1,"method":"initialize","params":)" + params + "}")->at("result")["protocolVersion"];
+  };
+  EXPECT_EQ(version(R"({"protocolVersion":"2025-06-18"})"), "2025-06-18");
+  EXPECT_EQ(version(R"({"protocolVersion":"2024-11-05"})"), "2024-11-05");
+  EXPECT_EQ(version(R"({"protocolVersion":"2026-07-28"})"), "2025-11-25");
+  EXPECT_EQ(version(R"({"protocolVersion":"1.0"})"), "2025-11-25");
+  EXPECT_EQ(version(R"({})"), "2025-11-25");
+  auto result = send(R"({"id":1,"method":"initialize"})")->at("result");
+  EXPECT_EQ(result["serverInfo"], json::parse(R"({"name":"corvane","version":"1.2"})"));
+  EXPECT_EQ(result["capabilities"], json::parse(R"({"tools":{}})"));
+  EXPECT_EQ(result["instructions"].get<std::string>().size(), 433u);
+  EXPECT_FALSE(result.contains("_meta"));
+}
+
+TEST(HandlerTest, PerRequestVersionsDecorateOrFail) {
+  auto decorated = send(
+      R"({"id":1,"method":"ping","params":{"_meta":{"io.modelcontextprotocol/protocolVersion":"2026-07-28"}}})");
+  EXPECT_EQ(decorated->at("result"),
+            json::parse(R"({"_meta":{"io.modelcontextprotocol/serverInfo":{"name":"corvane","version":"1.2"}},
+                            "resultType":"complete"})"));
+
+  auto refused = send(
+      R"({"id":2,"method":"tools/list","params":{"_meta":{"io.modelcontextprotocol/protocolVersion":"9"}}})");
+  EXPECT_EQ(refused->at("error"),
+            json::parse(R"({"code":-32022,"message":"Unsupported protocol version","data":{"requested":"9",
+              "supported":["2026-07-28","2025-11-25","2025-06-18","2025-03-26","2024-11-05"]}})"));
+  EXPECT_EQ(refused->at("id"), 2);
+  // Checked before the method is even looked at.
+  EXPECT_EQ(send(R"({"id":2,"method":"nope","params":{"_meta":{"io.modelcontextprotocol/protocolVersion":"9"}}})")
+                ->at("error")["code"],
+            -32022);
+  // A _meta that isn't an object, or a version that isn't a string, asks for nothing.
+  EXPECT_EQ(send(R"({"id":3,"method":"ping","params":{"_meta":[]}})")->at("result"), json::object());
+  EXPECT_EQ(send(R"({"id":3,"method":"ping","params":{"_meta":{"io.modelcontextprotocol/protocolVersion":5}}})")
+                ->at("result"),
+            json::object());
+
+  auto discover = send(R"({"id":4,"method":"server/discover"})")->at("result");
+  EXPECT_EQ(discover["resultType"], "complete");
+  EXPECT_EQ(discover["supportedVersions"].size(), 5u);
+  EXPECT_TRUE(discover["_meta"].contains("io.modelcontextprotocol/serverInfo"));
+}
+
+TEST(HandlerTest, ToolsCallRunsParsedCallsOnly) {
+  Recorder r;
+  auto ok = send(R"({"id":1,"method":"tools/call","params":{"name":"stop","arguments":{"target":8080}}})", &r);
+  ASSERT_EQ(r.calls.size(), 1u);
+  EXPECT_EQ(r.calls[0].target, "8080");
+  EXPECT_EQ(ok->at("result"), json::parse(R"({"content":[{"type":"text","text":"ran/0"}],"isError":false})"));
+  // The reply keeps "/" as it is.
+  EXPECT_NE(handle(R"({"id":1,"method":"tools/call","params":{"name":"list_running"}})", "1", r.runner())->find("ran/3"),
+            std::string::npos);
+
+  auto invalid = send(R"({"id":1,"method":"tools/call","params":{"name":"stop","arguments":{"target":""}}})", &r);
+  EXPECT_EQ(invalid->at("result"),
+            json::parse(R"({"content":[{"type":"text","text":"Invalid arguments for stop; see its inputSchema."}],
+                            "isError":true})"));
+  EXPECT_EQ(r.calls.size(), 2u);
+  auto listed = send(R"({"id":1,"method":"tools/list","params":{"cursor":"x"}})")->at("result");
+  EXPECT_EQ(listed.size(), 1u);
+  EXPECT_EQ(listed["tools"].size(), 4u);
+}
+
+// Random and mutated lines: never a crash, and every reply is one JSON-RPC 2.0 envelope.
+TEST(HandlerTest, FuzzedLinesGetWellFormedEnvelopes) {
+  const std::vector<std::string> seeds = {
+      R"({"jsonrpc":"2.0","id":1,"method":"ping"})",
+      R"({"jsonrpc":"2.0","id":"x","method":"initialize","params":{"protocolVersion":"2025-06-18"}})",
+      R"({"jsonrpc":"2.0","id":2,"method":"tools/call","params":{"name":"find_free_port","arguments":{"start":3000}}})",
+      R"({"jsonrpc":"2.0","id":3,"method":"tools/call","params":{"name":"free_memory","arguments":{"gb":2,"dry_run":true}}})",
+      R"({"id":4,"method":"ping","params":{"_meta":{"io.modelcontextprotocol/protocolVersion":"2026-07-28"}}})",
+      R"([{"id":1}])", R"({"id":{"a":[1,2]},"method":"server/discover"})"};
+  const std::string alphabet = "{}[]\":,0123456789.-+eE truefalsnul\\/\x01\xc3\xa9\xff";
+  std::mt19937 random(7);
+  Runner runner = [](const Call&) { return Reply{"ok", false}; };
+  for (int round = 0; round < 100000; ++round) {
+    std::string line = seeds[random() % seeds.size()];
+    int edits = 1 + random() % 4;
+    for (int e = 0; e < edits && !line.empty(); ++e) {
+      size_t at = random() % line.size();
+      switch (random() % 3) {
+        case 0: line.erase(at, 1 + random() % 3); break;
+        case 1: line.insert(at, 1, alphabet[random() % alphabet.size()]); break;
+        default: line[at] = alphabet[random() % alphabet.size()];
+      }
+    }
+    auto reply = handle(line, "dev", runner);
+    if (!reply) continue;
+    json envelope = json::parse(*reply, nullptr, false);
+    ASSERT_TRUE(envelope.is_object()) << line;
+    EXPECT_EQ(envelope["jsonrpc"], "2.0");
+    EXPECT_TRUE(envelope.contains("id"));
+    EXPECT_NE(envelope.contains("result"), envelope.contains("error")) << line;
+    EXPECT_EQ(envelope.size(), 3u) << line;
+  }
+}
+
+}  // namespace
+}  // namespace corvane::MCP
