@@ -1,0 +1,47 @@
+// The official MCP client, which nobody here wrote, talking to `corvane mcp` over stdio.
+import { test } from "node:test";
+import assert from "node:assert/strict";
+import path from "node:path";
+import { fileURLToPath } from "node:url";
+import { Client } from "@modelcontextprotocol/sdk/client/index.js";
+import { StdioClientTransport } from "@modelcontextprotocol/sdk/client/stdio.js";
+
+const here = path.dirname(fileURLToPath(import.meta.url));
+const corvane = process.env.CORVANE_EXE ?? path.join(here, "..", "..", "build", "corvane");
+
+test("an SDK client initializes, lists the tools and calls them", async () => {
+  const transport = new StdioClientTransport({ command: corvane, args: ["mcp"], env: process.env, stderr: "pipe" });
+  const client = new Client({ name: "interop-test", version: "1.0.0" });
+  await client.connect(transport);
+  try {
+    const info = client.getServerVersion();
+    assert.equal(info.name, "corvane");
+    assert.ok(client.getServerCapabilities().tools);
+    assert.ok(client.getInstructions().startsWith("Corvane sees the Mac's dev stack"));
+
+    const { tools } = await client.listTools();
+    assert.deepEqual(tools.map((t) => t.name), ["list_running", "stop", "free_memory", "find_free_port"]);
+
+    const port = await client.callTool({ name: "find_free_port", arguments: { start: 3000 } });
+    assert.equal(port.isError, false);
+    assert.match(port.content[0].text, /^Port \d+ is free\.$/);
+
+    const bad = await client.callTool({ name: "find_free_port", arguments: { start: 0 } });
+    assert.equal(bad.isError, true);
+    assert.equal(bad.content[0].text, "Invalid arguments for find_free_port; see its inputSchema.");
+
+    const running = await client.callTool({ name: "list_running", arguments: {} });
+    assert.equal(running.isError, false);
+    const listing = JSON.parse(running.content[0].text);
+    assert.ok(["normal", "warning", "critical"].includes(listing.pressure));
+    assert.equal(typeof listing.dev_stack_gb, "number");
+    assert.ok(Array.isArray(listing.rows));
+    for (const row of listing.rows) {
+      assert.equal(typeof row.id, "string");
+      assert.equal(typeof row.can_stop, "boolean");
+      assert.equal(typeof row.memory_mb, "number");
+    }
+  } finally {
+    await client.close();
+  }
+});
