@@ -18,8 +18,6 @@ Proc makeProc(int32_t pid, std::string path, std::vector<std::string> args, std:
   p.args = std::move(args);
   p.cwd = std::move(cwd);
   p.footprint = 100'000'000ULL * static_cast<uint64_t>(pid);
-  p.cpu = 5'000'000'000ULL;
-  p.started = dateFromSeconds(1772356500.5);
   return p;
 }
 
