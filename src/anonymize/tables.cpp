@@ -1,0 +1,44 @@
+#include "anonymize/tables.h"
+
+#include <unordered_set>
+
+#include "detect/tables.h"
+
+namespace corvane {
+namespace {
+
+constexpr bool allDistinctAndNonEmpty() {
+  for (size_t i = 0; i < fixedPublicNames.size(); ++i) {
+    if (fixedPublicNames[i].empty()) return false;
+    for (size_t j = i + 1; j < fixedPublicNames.size(); ++j)
+      if (fixedPublicNames[i] == fixedPublicNames[j]) return false;
+  }
+  return true;
+}
+// A missing entry would leave an empty one at the end of the array rather than fail to compile.
+static_assert(allDistinctAndNonEmpty());
+
+std::unordered_set<std::string_view> buildPublicNames() {
+  std::unordered_set<std::string_view> names(fixedPublicNames.begin(), fixedPublicNames.end());
+  for (const auto& [process, display] : agentNames) names.insert(process);
+  for (const auto& [process, display] : databaseNames) names.insert(process);
+  return names;
+}
+
+}  // namespace
+
+bool isPublicName(std::string_view component) {
+  static const std::unordered_set<std::string_view> names = buildPublicNames();
+  return names.contains(component);
+}
+
+bool isWordSeparator(char c) {
+  switch (c) {
+    case ' ': case '\t': case '\n': case '\v': case '\f': case '\r':
+      return true;
+    default:
+      return wordSeparators.find(c) != std::string_view::npos;
+  }
+}
+
+}  // namespace corvane

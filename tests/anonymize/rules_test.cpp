@@ -1,0 +1,72 @@
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "anonymize/anonymizer.h"
+#include "anonymize/hash.h"
+#include "anonymize/rules.h"
+
+namespace corvane {
+namespace {
+
+class RulesTest : public testing::Test {
+ protected:
+  static std::string h(std::string_view name) { return saltedHash("s", name); }
+  std::string path(std::string_view p, bool keepLast = false) { return rewritePath(state, p, keepLast); }
+  std::string component(std::string_view c) { return rewriteComponent(state, c); }
+  std::string arg(std::string_view a) { return rewriteArgument(state, a); }
+
+  RewriteState state{"/Users/ann", "s", {}, false};
+};
+
+TEST_F(RulesTest, PathsLoseHomeAndPrivateFoldersButNotPublicOnes) {
+  EXPECT_EQ(path("/Users/ann"), "~");
+  EXPECT_EQ(path("/Users/ann/Projects/shop/web/server.js"),
+            "~/Projects/" + h("shop") + "/" + h("web") + "/" + h("server") + ".js");
+  EXPECT_EQ(path("/Users/annie/x"), "/Users/" + h("annie") + "/" + h("x"));
+  EXPECT_EQ(path("/usr/local/secretproject/x"), "/usr/local/secretproject/x");
+  EXPECT_EQ(path("/Applications/Acme Secret.app/Contents/MacOS/Acme"),
+            "/Applications/Acme Secret.app/Contents/MacOS/Acme");
+  EXPECT_EQ(path("/Users/ann/shop/node_modules/@acme/private-pkg/index.js"),
+            "~/" + h("shop") + "/node_modules/@acme/private-pkg/index.js");
+  EXPECT_EQ(path("/Users/ann/tools/mytool", true), "~/" + h("tools") + "/mytool");
+  EXPECT_EQ(Anonymizer("/Users/ann/", "s").anonymize("/Users/ann/shop/bin/shop"),
+            "~/" + h("shop") + "/bin/" + h("shop"));
+}
+
+TEST_F(RulesTest, ComponentsWithoutWordsStayAndExtensionsAreShortLetters) {
+  for (const char* kept : {"0f2c3a7e-1b2d-4c5e-8F90-A1B2C3D4E5F6", "2024", "1.2.3", "", ".env", "~",
+                           "Application Support", "claude", "postgres"})
+    EXPECT_EQ(component(kept), kept);
+  EXPECT_TRUE(state.privateNames.empty());
+  for (const char* hashed : {"0F2C3A7E-1B2D-4C5E-8F90-A1B2C3D4E5FG", "0F2C3A7E1B2D-4C5E-8F90-A1B2C3D4E5F6a", "a.b1",
+                             "report.markdownx"})
+    EXPECT_EQ(component(hashed), h(hashed));
+  EXPECT_EQ(component("notes.txt"), h("notes") + ".txt");
+  EXPECT_EQ(component("report.markdown"), h("report") + ".markdown");
+  EXPECT_TRUE(state.privateNames.contains("notes") && state.privateNames.contains("notes.txt"));
+}
+
+TEST_F(RulesTest, SecretsAfterTokenOptionsAreHiddenInOneArgumentOrTheNext) {
+  EXPECT_EQ(arg("--api-key=VALUE"), "--api-key=" + h("VALUE"));
+  EXPECT_EQ(arg("--password"), "--password");
+  EXPECT_EQ(arg("hunter2"), h("hunter2"));
+  EXPECT_EQ(arg("hunter2"), "hunter2");
+  // Empty words between separators stay and do not use up the secret.
+  EXPECT_EQ(arg("--Auth-Token=,VALUE"), "--Auth-Token=," + h("VALUE"));
+  EXPECT_EQ(arg("a,,b;; x= 'y'"), "a,,b;; x= 'y'");
+}
+
+TEST_F(RulesTest, WordsThatLookLikeTokensAddressesOrPrivateNamesAreHashed) {
+  for (const char* hashed : {"a1b2c3d4e5f6a7b8c9d0e1f2a3b4c5d6", "abcdefghijklmnopqrs1"}) EXPECT_EQ(arg(hashed), h(hashed));
+  for (const char* kept : {"abcdefghijklmnopqrstuvwxyzabcdef", "abcdefghijklmnopqr1"}) EXPECT_EQ(arg(kept), kept);
+  EXPECT_EQ(arg("ann@github"), h("ann") + "@" + h("github"));
+  EXPECT_EQ(arg("ann@localhost"), h("ann") + "@localhost");
+  EXPECT_EQ(arg("--to=ann@127.0.0.1"), "--to=" + h("ann") + "@127.0.0.1");
+  component("shop");
+  EXPECT_EQ(arg("sh -c 'cd shop && npm start'"), "sh -c 'cd " + h("shop") + " && npm start'");
+  EXPECT_EQ(arg("--config=./shop/app.json"), "--config=./" + h("shop") + "/" + h("app") + ".json");
+}
+
+}  // namespace
+}  // namespace corvane
