@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -17,20 +16,12 @@
 namespace corvane {
 namespace {
 
-namespace fs = std::filesystem;
-
-Activity entry(const std::string& title) {
-  Item item;
-  item.title = title;
-  item.kind = Item::Kind::gradle;
-  item.memory = 1000;
-  item.stop = Stop::signal();
-  return makeActivity(item, dateFromSeconds(1'772'356'500.5), "corvane stop");
-}
-
 std::vector<Activity> entries(const std::string& prefix, int count) {
   std::vector<Activity> result;
-  for (int i = 0; i < count; ++i) result.push_back(entry(prefix + std::to_string(i)));
+  for (int i = 0; i < count; ++i) {
+    Item item{.kind = Item::Kind::tunnel, .title = prefix + std::to_string(i)};
+    result.push_back(makeActivity(item, dateFromSeconds(1'772'356'500.5), "corvane stop"));
+  }
   return result;
 }
 
@@ -39,37 +30,28 @@ std::string contents(const std::string& path) {
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-ActivityLog freshLog() {
-  return ActivityLog{testing_support::makeTempDir("activity") + "/Corvane/activity.jsonl"};
-}
-
-TEST(ActivityLogTest, StandardLocationIsUnderTheDataDirectory) {
-  EXPECT_EQ(ActivityLog::standard().path, std::string(std::getenv("XDG_DATA_HOME")) + "/Corvane/activity.jsonl");
-  EXPECT_EQ(ActivityLog::standard().lockPath(), ActivityLog::standard().path + ".lock");
+ActivityLog freshLog(size_t maxEntries = 2000) {
+  return ActivityLog{testing_support::makeTempDir("activity") + "/Corvane/activity.jsonl", maxEntries};
 }
 
 TEST(ActivityLogTest, AppendingNothingCreatesNothing) {
   const ActivityLog log = freshLog();
   log.append({});
-  EXPECT_FALSE(fs::exists(fs::path(log.path).parent_path()));
-  EXPECT_TRUE(log.read().empty());
+  EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(log.path).parent_path()));
 }
 
-TEST(ActivityLogTest, LinesAreCompactWithoutTrailingNewline) {
+TEST(ActivityLogTest, CompactLinesWithoutTrailingNewline) {
   const ActivityLog log = freshLog();
-  Activity first = entry("kubectl port-forward svc/api");
-  log.append({first});
-  log.append({entry("second")});
-  EXPECT_TRUE(fs::exists(log.lockPath()));
+  const auto first = entries("kubectl port-forward svc/api ", 1);
+  log.append(first);
+  log.append(entries("second", 1));
+  EXPECT_TRUE(std::filesystem::exists(log.lockPath()));
   const std::string text = contents(log.path);
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1);
   EXPECT_NE(text.back(), '\n');
   EXPECT_EQ(text.find("\": "), std::string::npos);
-  EXPECT_EQ(text.find(", \""), std::string::npos);
   EXPECT_NE(text.find("svc\\/api"), std::string::npos);
-  const auto back = log.read();
-  ASSERT_EQ(back.size(), 2u);
-  EXPECT_EQ(back[0], first);
+  EXPECT_EQ(log.read().front(), first.front());
 }
 
 TEST(ActivityLogTest, FullLogDropsTheOldest) {
@@ -79,37 +61,30 @@ TEST(ActivityLogTest, FullLogDropsTheOldest) {
   const auto all = log.read();
   ASSERT_EQ(all.size(), 2000u);
   EXPECT_EQ(all.front().title, "old3");
-  EXPECT_EQ(all[1996].title, "old1999");
   EXPECT_EQ(all.back().title, "new2");
 }
 
 TEST(ActivityLogTest, CorruptLineIsDroppedAtTheNextAppend) {
   const ActivityLog log = freshLog();
-  log.write({entry("a"), entry("b")});
+  log.write(entries("", 2));
   const std::string text = contents(log.path);
   const size_t split = text.find('\n');
-  std::ofstream(log.path, std::ios::binary | std::ios::trunc)
-      << text.substr(0, split) << "\n\n{\"id\": oops\n" << R"({"title": "no other keys"})" << text.substr(split);
+  std::ofstream(log.path, std::ios::binary) << text.substr(0, split) << "\n\n{\"id\": oops\n{}" << text.substr(split);
   EXPECT_EQ(log.read().size(), 2u);
-
-  log.append({entry("c")});
-  const auto all = log.read();
-  ASSERT_EQ(all.size(), 3u);
-  EXPECT_EQ(all[0].title, "a");
-  EXPECT_EQ(all[2].title, "c");
+  log.append(entries("new", 1));
   const std::string rewritten = contents(log.path);
   EXPECT_EQ(std::count(rewritten.begin(), rewritten.end(), '\n'), 2);
   EXPECT_EQ(rewritten.find("oops"), std::string::npos);
+  EXPECT_EQ(log.read().back().title, "new0");
 }
 
-TEST(ActivityLogTest, ConcurrentAppendsFromTwoProcessesAllLand) {
-  const ActivityLog log{freshLog().path, 5000};
+TEST(ActivityLogTest, AppendsFromTwoProcessesAllLand) {
+  const ActivityLog log = freshLog(5000);
   std::vector<pid_t> children;
-  for (const char* name : {"first-", "second-"}) {
+  for (const std::string name : {"first", "second"}) {
     const pid_t pid = fork();
     ASSERT_GE(pid, 0);
-    if (pid == 0) {
-      // 100 read-add-write cycles of 5 entries each, racing the other process.
+    if (pid == 0) {  // 100 read-add-write cycles of 5 entries, racing the other process
       for (int round = 0; round < 100; ++round) log.append(entries(name + std::to_string(round) + ".", 5));
       _exit(0);
     }
@@ -120,10 +95,8 @@ TEST(ActivityLogTest, ConcurrentAppendsFromTwoProcessesAllLand) {
     ASSERT_EQ(waitpid(pid, &status, 0), pid);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
   }
-  const auto all = log.read();
-  EXPECT_EQ(all.size(), 1000u);
   std::set<std::string> ids;
-  for (const Activity& a : all) ids.insert(a.id);
+  for (const Activity& a : log.read()) ids.insert(a.id);
   EXPECT_EQ(ids.size(), 1000u);
 }
 

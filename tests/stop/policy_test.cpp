@@ -1,18 +1,12 @@
 #include "stop/policy.h"
 
-#include <map>
-
 #include <gtest/gtest.h>
 
 namespace corvane {
 namespace {
 
 Item row(Item::Kind kind, bool guarded = false, bool building = false) {
-  Item item;
-  item.id = "row:1";
-  item.key = "row-key";
-  item.kind = kind;
-  item.title = "Row";
+  Item item{.id = "row:1", .key = "row-key", .kind = kind, .title = "Row"};
   item.stop = Stop::signal();
   item.guarded = guarded;
   item.building = building;
@@ -22,69 +16,42 @@ Item row(Item::Kind kind, bool guarded = false, bool building = false) {
 TEST(PolicyTest, EngineWithoutStopMethodIsRefusedUnderEveryRule) {
   Item engine = row(Item::Kind::docker);
   engine.stop.reset();
-  for (bool pinned : {false, true}) {
-    EXPECT_EQ(whyNot(engine, pinned, true), "Corvane doesn't stop it");
-    EXPECT_EQ(whyNot(engine, pinned, false), "Corvane doesn't stop it");
-    EXPECT_EQ(whyNot(engine, pinned), "Corvane doesn't stop it");
-    EXPECT_EQ(MCP::refusal(engine, pinned, 42), "Corvane doesn't stop it");
-  }
+  for (bool pinned : {false, true})
+    for (auto reason : {whyNot(engine, pinned, true), whyNot(engine, pinned), MCP::refusal(engine, pinned, 1)})
+      EXPECT_EQ(reason, "Corvane doesn't stop it");
 }
 
-TEST(PolicyTest, PinsAndGuardsByIdOrPortYieldToYes) {
+TEST(PolicyTest, FirstRuleThatAppliesDecides) {
   const Item database = row(Item::Kind::database, true);
   EXPECT_EQ(whyNot(database, false, false), "a database");
-  EXPECT_EQ(whyNot(database, false, true), std::nullopt);
-  EXPECT_EQ(whyNot(database, true, false), "pinned");  // pinned wins over the guard
+  EXPECT_EQ(whyNot(database, true, false), "pinned");
   EXPECT_EQ(whyNot(database, true, true), std::nullopt);
+  EXPECT_EQ(whyNot(database, true), "pinned");
+  EXPECT_EQ(whyNot(database, false), "a database");  // "--yes" has no say by project
   EXPECT_EQ(whyNot(row(Item::Kind::xcode, true), false, false), "in use by Xcode");
-  EXPECT_EQ(whyNot(row(Item::Kind::agent, true), false, false), "an agent session");
+  EXPECT_EQ(whyNot(row(Item::Kind::agent, true, true), false), "an agent session");
   EXPECT_EQ(whyNot(row(Item::Kind::container, true), false, false), "a database");
-  EXPECT_EQ(whyNot(row(Item::Kind::server, false, true), false, false), std::nullopt);  // a build by port
+  const Item build = row(Item::Kind::server, false, true);
+  EXPECT_EQ(whyNot(build, false, false), std::nullopt);
+  EXPECT_EQ(whyNot(build, false), "building");
 }
 
-TEST(PolicyTest, ProjectRuleIgnoresNothing) {
-  EXPECT_EQ(whyNot(row(Item::Kind::database, true), false), "a database");
-  EXPECT_EQ(whyNot(row(Item::Kind::database, true), true), "pinned");
-  EXPECT_EQ(whyNot(row(Item::Kind::xcode, true, true), false), "in use by Xcode");  // guard before building
-  EXPECT_EQ(whyNot(row(Item::Kind::server, false, true), false), "building");
-  EXPECT_EQ(whyNot(row(Item::Kind::server), false), std::nullopt);
-}
-
-TEST(PolicyTest, AgentsMayStopOnlyTheirOwnAgentRows) {
-  Item mine = row(Item::Kind::server);
-  mine.agentPID = 4242;
-  mine.startedBy = "Claude Code";
-  EXPECT_EQ(MCP::refusal(mine, false, 4242), std::nullopt);
-  EXPECT_EQ(MCP::refusal(mine, false, std::nullopt), "started by another agent (Claude Code)");
-
-  Item codex = row(Item::Kind::server);
-  codex.agentPID = 777;
-  codex.startedBy = "Codex";
-  EXPECT_EQ(MCP::refusal(codex, false, 4242), "started by another agent (Codex)");
-  codex.startedBy.reset();
-  EXPECT_EQ(MCP::refusal(codex, false, 4242), "started by another agent (unknown)");
-
-  Item named = row(Item::Kind::server);
-  named.startedBy = "Claude Code";  // an agent's name but no pid: refused even for that agent
-  EXPECT_EQ(MCP::refusal(named, false, 4242), "started by another agent (Claude Code)");
-  named.startedBy = "Gemini CLI";
-  EXPECT_EQ(MCP::refusal(named, false, 4242), "started by another agent (Gemini CLI)");
-  named.startedBy = "iTerm";
-  EXPECT_EQ(MCP::refusal(named, false, 4242), std::nullopt);
-  named.startedBy.reset();
-  EXPECT_EQ(MCP::refusal(named, false, std::nullopt), std::nullopt);
-
-  mine.building = true;  // the project rule comes first
-  EXPECT_EQ(MCP::refusal(mine, false, 4242), "building");
-  mine.building = false;
-  EXPECT_EQ(MCP::refusal(mine, true, 4242), "pinned");
-}
-
-TEST(PolicyTest, PinnedIsByExactKey) {
-  const Item item = row(Item::Kind::simulator);
-  EXPECT_TRUE(isPinned(item, std::map<std::string, std::string>{{"row-key", "x"}}));
-  EXPECT_FALSE(isPinned(item, std::map<std::string, std::string>{{"Row-key", "x"}}));
-  EXPECT_FALSE(isPinned(item, std::map<std::string, std::string>{}));
+TEST(PolicyTest, AgentsStopOnlyWhatTheyStarted) {
+  auto started = [](std::optional<int32_t> pid, std::optional<std::string> by) {
+    Item item = row(Item::Kind::server);
+    item.agentPID = pid;
+    item.startedBy = std::move(by);
+    return item;
+  };
+  EXPECT_EQ(MCP::refusal(started(4242, "Codex"), false, 4242), std::nullopt);
+  EXPECT_EQ(MCP::refusal(started(4242, "Codex"), false, std::nullopt), "started by another agent (Codex)");
+  EXPECT_EQ(MCP::refusal(started(777, "Codex"), false, 4242), "started by another agent (Codex)");
+  EXPECT_EQ(MCP::refusal(started(777, std::nullopt), false, 4242), "started by another agent (unknown)");
+  EXPECT_EQ(MCP::refusal(started(std::nullopt, "Claude Code"), false, 4242), "started by another agent (Claude Code)");
+  EXPECT_EQ(MCP::refusal(started(std::nullopt, "Gemini CLI"), false, 4242), "started by another agent (Gemini CLI)");
+  EXPECT_EQ(MCP::refusal(started(std::nullopt, "iTerm"), false, 4242), std::nullopt);
+  EXPECT_EQ(MCP::refusal(started(std::nullopt, std::nullopt), false, std::nullopt), std::nullopt);
+  EXPECT_EQ(MCP::refusal(started(4242, "Codex"), true, 4242), "pinned");
 }
 
 }  // namespace
