@@ -1,0 +1,73 @@
+#include "activity/activity.h"
+
+#include <cctype>
+
+#include "platform/uuid.h"
+#include "snapshot/json_fields.h"
+
+namespace corvane {
+
+using nlohmann::json;
+
+namespace {
+
+// 8-4-4-4-12 hexadecimal digits, either case; returned upper-case as the log writes them.
+std::optional<std::string> canonicalUUID(const std::string& text) {
+  if (text.size() != 36) return std::nullopt;
+  std::string upper = text;
+  for (size_t i = 0; i < upper.size(); ++i) {
+    const bool hyphen = i == 8 || i == 13 || i == 18 || i == 23;
+    const auto c = static_cast<unsigned char>(upper[i]);
+    if (hyphen ? c != '-' : !std::isxdigit(c)) return std::nullopt;
+    upper[i] = static_cast<char>(std::toupper(c));
+  }
+  return upper;
+}
+
+}  // namespace
+
+Activity makeActivity(const Item& item, Date date, std::string reason) {
+  return Activity{platform::newUUID(), date,       item.title, item.kind, item.counted ? item.memory : 0,
+                  std::move(reason),   undoFor(item), false};
+}
+
+json toJSON(const Activity& a) {
+  json j = {{"id", a.id},
+            {"date", secondsSinceReferenceDate(a.date)},
+            {"title", a.title},
+            {"kind", rawValue(a.kind)},
+            {"memory", a.memory},
+            {"reason", a.reason},
+            {"undone", a.undone}};
+  if (a.undo) j["undo"] = toJSON(*a.undo);
+  return j;
+}
+
+Decoded<Activity> decodeActivity(const json& j) {
+  JSONFields f(j, "Activity");
+  Activity a;
+  const std::string id = f.string("id");
+  const double date = f.number("date");
+  a.title = f.string("title");
+  const std::string kind = f.string("kind");
+  a.memory = f.uint64("memory");
+  a.reason = f.string("reason");
+  a.undone = f.boolean("undone");
+  if (!f.ok()) return Decoded<Activity>::failure(f.error());
+
+  auto uuid = canonicalUUID(id);
+  if (!uuid) return Decoded<Activity>::failure("Activity: \"" + id + "\" is not a UUID.");
+  a.id = *uuid;
+  a.date = dateFromReferenceSeconds(date);
+  auto k = kindFromRawValue(kind);
+  if (!k) return Decoded<Activity>::failure("Activity: \"" + kind + "\" is not a kind.");
+  a.kind = *k;
+  if (f.has("undo")) {
+    auto undo = decodeUndo(j.at("undo"));
+    if (!undo) return Decoded<Activity>::failure("Activity: \"undo\": " + undo.error);
+    a.undo = *undo.value;
+  }
+  return Decoded<Activity>::success(std::move(a));
+}
+
+}  // namespace corvane

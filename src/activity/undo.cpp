@@ -1,0 +1,51 @@
+#include "activity/undo.h"
+
+#include "snapshot/json_fields.h"
+
+namespace corvane {
+
+using nlohmann::json;
+
+std::optional<Undo> undoFor(const Item& item) {
+  if (!item.stop) return std::nullopt;
+  if (const auto* simulator = item.stop->as<Stop::Simulator>()) {
+    if (simulator->previews) return std::nullopt;  // Xcode makes previews devices on its own
+    return Undo::boot(simulator->udid);
+  }
+  if (item.stop->as<Stop::Emulator>()) {
+    if (!item.key.starts_with("avd:")) return std::nullopt;
+    return Undo::avd(item.key.substr(4));
+  }
+  if (const auto* containers = item.stop->as<Stop::Containers>()) return Undo::start(containers->ids);
+  return std::nullopt;
+}
+
+json toJSON(const Undo& undo) {
+  struct Encoder {
+    json operator()(const Undo::Boot& b) const { return {{"boot", {{"udid", b.udid}}}}; }
+    json operator()(const Undo::Avd& a) const { return {{"avd", {{"_0", a.name}}}}; }
+    json operator()(const Undo::Start& s) const { return {{"start", {{"_0", s.ids}}}}; }
+  };
+  return std::visit(Encoder{}, undo.action);
+}
+
+Decoded<Undo> decodeUndo(const json& j) {
+  if (!j.is_object()) return Decoded<Undo>::failure("Undo must be a JSON object.");
+  if (j.size() != 1) return Decoded<Undo>::failure("Invalid number of keys found, expected one.");
+  const std::string name = j.begin().key();
+  JSONFields f(j.begin().value(), "Undo." + name);
+  Undo undo;
+  if (name == "boot") {
+    undo.action = Undo::Boot{f.string("udid")};
+  } else if (name == "avd") {
+    undo.action = Undo::Avd{f.string("_0")};
+  } else if (name == "start") {
+    undo.action = Undo::Start{f.strings("_0")};
+  } else {
+    return Decoded<Undo>::failure("Undo has no case named \"" + name + "\".");
+  }
+  if (!f.ok()) return Decoded<Undo>::failure(f.error());
+  return Decoded<Undo>::success(std::move(undo));
+}
+
+}  // namespace corvane

@@ -1,0 +1,92 @@
+#include "cli/outcome.h"
+
+#include <cstdio>
+
+namespace corvane {
+
+namespace {
+
+std::string gigabytes(uint64_t bytes) {
+  char buffer[48];
+  std::snprintf(buffer, sizeof buffer, "%.1f GB", static_cast<double>(bytes) / 1e9);
+  return buffer;
+}
+
+}  // namespace
+
+std::string_view rawValue(Outcome::State state) {
+  switch (state) {
+    case Outcome::State::stopped:
+      return "stopped";
+    case Outcome::State::stillRunning:
+      return "still-running";
+    case Outcome::State::failed:
+      return "failed";
+    case Outcome::State::skipped:
+      return "skipped";
+    case Outcome::State::wouldStop:
+      return "would-stop";
+  }
+  return "failed";
+}
+
+Outcome makeOutcome(const Item& item, Outcome::State state, std::optional<std::string> reason) {
+  return Outcome{item.id, item.title, item.kind, item.counted ? item.memory : 0, state, std::move(reason)};
+}
+
+nlohmann::json toJSON(const Outcome& outcome) {
+  nlohmann::json j = {{"id", outcome.id},
+                      {"kind", rawValue(outcome.kind)},
+                      {"memory", outcome.memory},
+                      {"state", rawValue(outcome.state)},
+                      {"title", outcome.title}};
+  if (outcome.reason) j["reason"] = *outcome.reason;
+  return j;
+}
+
+std::string outcomeLine(const Outcome& outcome, bool commandLine) {
+  const std::string& title = outcome.title;
+  switch (outcome.state) {
+    case Outcome::State::stopped:
+      return "Stopped " + title + " (" + gigabytes(outcome.memory) + ").";
+    case Outcome::State::wouldStop:
+      return "Would stop " + title + " (" + gigabytes(outcome.memory) + ").";
+    case Outcome::State::stillRunning:
+      if (commandLine)
+        return title + " is still running after 5 s. `corvane stop " + outcome.id + " --force` kills it.";
+      return title + " is still running after 5 s. The user can force-stop it in Corvane.";
+    case Outcome::State::failed:
+      return "Couldn't stop " + title + ": " + outcome.reason.value_or("unknown error");
+    case Outcome::State::skipped:
+      return "Left " + title + " alone: " + outcome.reason.value_or("protected") + ".";
+  }
+  return {};
+}
+
+std::vector<std::string> outcomeLines(const std::vector<Outcome>& outcomes, bool commandLine) {
+  std::vector<std::string> lines;
+  lines.reserve(outcomes.size() + 1);
+  uint64_t freed = 0;
+  for (const Outcome& outcome : outcomes) {
+    lines.push_back(outcomeLine(outcome, commandLine));
+    if (outcome.state == Outcome::State::stopped) freed += outcome.memory;
+  }
+  if (freed > 0) lines.push_back("Freed " + gigabytes(freed) + ".");
+  return lines;
+}
+
+int32_t exitCode(const std::vector<Outcome>& outcomes) {
+  if (outcomes.empty()) return 2;
+  auto any = [&](auto predicate) {
+    for (const Outcome& outcome : outcomes)
+      if (predicate(outcome.state)) return true;
+    return false;
+  };
+  if (any([](Outcome::State s) { return s == Outcome::State::stillRunning || s == Outcome::State::failed; }))
+    return 1;
+  if (any([](Outcome::State s) { return s == Outcome::State::stopped || s == Outcome::State::wouldStop; }))
+    return 0;
+  return 2;
+}
+
+}  // namespace corvane

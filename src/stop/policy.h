@@ -1,0 +1,34 @@
+#pragma once
+// Whether a row may be stopped, and the short reason when it may not. Three rules, by how the row was
+// picked: by id or port (the user can insist with "--yes"), by project or by `free` (never forced), and
+// by a coding agent (also kept off rows that another agent started).
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "detect/item.h"
+
+namespace corvane {
+
+// A row is pinned when the desktop app's pins hold its key. `Pins` is any map keyed by row key.
+template <class Pins>
+bool isPinned(const Item& item, const Pins& pins) {
+  return !pins.empty() && pins.find(item.key) != pins.end();
+}
+
+// A row picked by its id or one of its ports. "--yes" overrides pins and guards, never a missing stop method,
+// and a build picked this way is stopped.
+std::optional<std::string> whyNot(const Item& item, bool pinned, bool yes);
+
+// Rows picked by project name, and the filter of `free`: builds are left alone too.
+std::optional<std::string> whyNot(const Item& item, bool pinned);
+
+namespace MCP {
+
+// The rule for coding agents: the project rule, and a row that another agent started is refused.
+// `agentPID` is the calling agent's process id, absent when the server found no agent above it.
+std::optional<std::string> refusal(const Item& item, bool pinned, std::optional<int32_t> agentPID);
+
+}  // namespace MCP
+
+}  // namespace corvane

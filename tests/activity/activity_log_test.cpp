@@ -1,0 +1,104 @@
+#include "activity/activity_log.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+
+#include <gtest/gtest.h>
+
+#include "support/run_program.h"
+
+namespace corvane {
+namespace {
+
+std::vector<Activity> entries(const std::string& prefix, int count) {
+  std::vector<Activity> result;
+  for (int i = 0; i < count; ++i) {
+    Item item{.kind = Item::Kind::tunnel, .title = prefix + std::to_string(i)};
+    result.push_back(makeActivity(item, dateFromSeconds(1'772'356'500.5), "corvane stop"));
+  }
+  return result;
+}
+
+std::string contents(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+ActivityLog freshLog(size_t maxEntries = 2000) {
+  return ActivityLog{testing_support::makeTempDir("activity") + "/Corvane/activity.jsonl", maxEntries};
+}
+
+TEST(ActivityLogTest, AppendingNothingCreatesNothing) {
+  const ActivityLog log = freshLog();
+  log.append({});
+  EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(log.path).parent_path()));
+}
+
+TEST(ActivityLogTest, CompactLinesWithoutTrailingNewline) {
+  const ActivityLog log = freshLog();
+  const auto first = entries("kubectl port-forward svc/api ", 1);
+  log.append(first);
+  log.append(entries("second", 1));
+  EXPECT_TRUE(std::filesystem::exists(log.lockPath()));
+  const std::string text = contents(log.path);
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1);
+  EXPECT_NE(text.back(), '\n');
+  EXPECT_EQ(text.find("\": "), std::string::npos);
+  EXPECT_NE(text.find("svc\\/api"), std::string::npos);
+  EXPECT_EQ(log.read().front(), first.front());
+}
+
+TEST(ActivityLogTest, FullLogDropsTheOldest) {
+  const ActivityLog log = freshLog();
+  log.write(entries("old", 2000));
+  log.append(entries("new", 3));
+  const auto all = log.read();
+  ASSERT_EQ(all.size(), 2000u);
+  EXPECT_EQ(all.front().title, "old3");
+  EXPECT_EQ(all.back().title, "new2");
+}
+
+TEST(ActivityLogTest, CorruptLineIsDroppedAtTheNextAppend) {
+  const ActivityLog log = freshLog();
+  log.write(entries("", 2));
+  const std::string text = contents(log.path);
+  const size_t split = text.find('\n');
+  std::ofstream(log.path, std::ios::binary) << text.substr(0, split) << "\n\n{\"id\": oops\n{}" << text.substr(split);
+  EXPECT_EQ(log.read().size(), 2u);
+  log.append(entries("new", 1));
+  const std::string rewritten = contents(log.path);
+  EXPECT_EQ(std::count(rewritten.begin(), rewritten.end(), '\n'), 2);
+  EXPECT_EQ(rewritten.find("oops"), std::string::npos);
+  EXPECT_EQ(log.read().back().title, "new0");
+}
+
+TEST(ActivityLogTest, AppendsFromTwoProcessesAllLand) {
+  const ActivityLog log = freshLog(5000);
+  std::vector<pid_t> children;
+  for (const std::string name : {"first", "second"}) {
+    const pid_t pid = fork();
+    ASSERT_GE(pid, 0);
+    if (pid == 0) {  // 100 read-add-write cycles of 5 entries, racing the other process
+      for (int round = 0; round < 100; ++round) log.append(entries(name + std::to_string(round) + ".", 5));
+      _exit(0);
+    }
+    children.push_back(pid);
+  }
+  for (pid_t pid : children) {
+    int status = 0;
+    ASSERT_EQ(waitpid(pid, &status, 0), pid);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+  }
+  std::set<std::string> ids;
+  for (const Activity& a : log.read()) ids.insert(a.id);
+  EXPECT_EQ(ids.size(), 1000u);
+}
+
+}  // namespace
+}  // namespace corvane

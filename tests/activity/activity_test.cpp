@@ -1,0 +1,75 @@
+#include "activity/activity.h"
+
+#include <gtest/gtest.h>
+
+namespace corvane {
+namespace {
+
+using nlohmann::json;
+
+std::optional<Undo> undoOf(std::string key, std::optional<Stop> stop) {
+  Item item{.key = std::move(key)};
+  item.stop = std::move(stop);
+  return undoFor(item);
+}
+
+TEST(UndoTest, DerivedFromTheStopMethod) {
+  EXPECT_EQ(undoOf("sim:U", Stop::simulator("U", false)), Undo::boot("U"));
+  EXPECT_EQ(undoOf("sim:U", Stop::simulator("U", true)), std::nullopt);
+  EXPECT_EQ(undoOf("avd:Pixel_8", Stop::emulator("emulator-5554")), Undo::avd("Pixel_8"));
+  EXPECT_EQ(undoOf("emulator", Stop::emulator(std::nullopt)), std::nullopt);
+  EXPECT_EQ(undoOf("container:db", Stop::containers({"b2", "a1"})), Undo::start({"b2", "a1"}));
+  EXPECT_EQ(undoOf("server:x", Stop::signal()), std::nullopt);
+  EXPECT_EQ(undoOf("docker:x", std::nullopt), std::nullopt);
+}
+
+TEST(UndoTest, JSONHasExactlyOneKey) {
+  EXPECT_EQ(toJSON(Undo::avd("Pixel_8")), json::parse(R"({"avd": {"_0": "Pixel_8"}})"));
+  EXPECT_EQ(toJSON(Undo::start({"a1"})), json::parse(R"({"start": {"_0": ["a1"]}})"));
+  EXPECT_EQ(decodeUndo(json::parse(R"({"boot": {"udid": "U"}, "avd": {"_0": "P"}})")).error,
+            "Invalid number of keys found, expected one.");
+  EXPECT_EQ(decodeUndo(json::object()).error, "Invalid number of keys found, expected one.");
+  EXPECT_FALSE(decodeUndo(json::parse(R"({"relaunch": {}})")));
+}
+
+TEST(ActivityTest, BuiltFromTheStoppedRow) {
+  Item container{.kind = Item::Kind::container, .title = "db", .memory = 300, .counted = false};
+  container.stop = Stop::containers({"c0ffee"});
+  const Activity a = makeActivity(container, now(), "Codex via MCP");
+  EXPECT_EQ(a.memory, 0u);
+  EXPECT_EQ(a.undo, Undo::start({"c0ffee"}));
+  EXPECT_FALSE(a.undone);
+  EXPECT_TRUE(decodeActivity(toJSON(a))) << a.id;  // a well-formed UUID
+  EXPECT_EQ(a.id.find_first_of("abcdef"), std::string::npos);
+  EXPECT_NE(a.id, makeActivity(container, a.date, "x").id);
+}
+
+TEST(ActivityTest, JSONFormIsStrict) {
+  const json withUndo = json::parse(R"({"id": "0B5E7A2C-1D3F-4A6B-8C9D-0E1F2A3B4C5D", "date": 794049300.125,
+      "title": "iPhone 16", "kind": "simulator", "memory": 2000000000, "reason": "corvane stop",
+      "undo": {"boot": {"udid": "U"}}, "undone": false})");
+  Activity a{"0B5E7A2C-1D3F-4A6B-8C9D-0E1F2A3B4C5D", dateFromReferenceSeconds(794'049'300.125), "iPhone 16",
+             Item::Kind::simulator, 2'000'000'000, "corvane stop", Undo::boot("U"), false};
+  EXPECT_EQ(toJSON(a), withUndo);
+  EXPECT_EQ(decodeActivity(withUndo).value, a);
+  a.undo.reset();
+  EXPECT_FALSE(toJSON(a).contains("undo"));
+  EXPECT_EQ(decodeActivity(toJSON(a)).value, a);
+
+  for (const char* key : {"id", "date", "title", "kind", "memory", "reason", "undone"}) {
+    json missing = withUndo;
+    missing.erase(key);
+    EXPECT_FALSE(decodeActivity(missing)) << key;
+  }
+  const std::vector<std::pair<const char*, json>> wrong = {
+      {"id", "not-a-uuid"}, {"date", "2026-01-01"}, {"kind", "gradel"}, {"memory", -1},
+      {"memory", 1.5},      {"reason", nullptr},    {"undone", 0},      {"undo", {{"boot", {{"udid", 1}}}}}};
+  for (const auto& [key, value] : wrong) {
+    json bad = withUndo;
+    bad[key] = value;
+    EXPECT_FALSE(decodeActivity(bad)) << key << " = " << value;
+  }
+}
+
+}  // namespace
+}  // namespace corvane

@@ -1,0 +1,43 @@
+#include "stop/planner.h"
+
+#include <gtest/gtest.h>
+
+namespace corvane {
+namespace {
+
+Item row(std::string id, Item::Kind kind, uint64_t memory, bool idle) {
+  Item item{.id = std::move(id), .kind = kind, .memory = memory};
+  if (idle) item.idleSince = dateFromSeconds(1'700'000'000);
+  return item;
+}
+
+std::vector<std::string> plan(const std::vector<Item>& candidates, uint64_t target) {
+  std::vector<std::string> ids;
+  for (const Item& item : planFree(candidates, target)) ids.push_back(item.id);
+  return ids;
+}
+
+using Ids = std::vector<std::string>;
+
+TEST(PlannerTest, TargetIsAFloor) {
+  const std::vector<Item> rows = {row("small", Item::Kind::server, 1'000'000'000, true),
+                                  row("big", Item::Kind::server, 1'500'000'000, true)};
+  EXPECT_EQ(plan(rows, 2'000'000'000), (Ids{"big", "small"}));
+  EXPECT_EQ(plan(rows, 1'500'000'000), Ids{"big"});
+  EXPECT_TRUE(plan({}, 1).empty());
+}
+
+TEST(PlannerTest, IdleFirstThenBiggestCountedOnly) {
+  Item container = row("container", Item::Kind::container, 8'000'000'000, true);
+  container.counted = false;
+  const std::vector<Item> rows = {
+      row("gradle", Item::Kind::gradle, 4'000'000'000, false), row("server", Item::Kind::server, 300'000'000, true),
+      row("busy", Item::Kind::server, 9'000'000'000, false),   row("sim", Item::Kind::simulator, 2'000'000'000, false),
+      row("kotlin-a", Item::Kind::kotlin, 500'000'000, true),  row("kotlin-b", Item::Kind::kotlin, 500'000'000, true),
+      container,
+  };
+  EXPECT_EQ(plan(rows, 100'000'000'000), (Ids{"kotlin-a", "kotlin-b", "server", "gradle", "sim"}));
+}
+
+}  // namespace
+}  // namespace corvane

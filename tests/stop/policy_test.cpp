@@ -1,0 +1,58 @@
+#include "stop/policy.h"
+
+#include <gtest/gtest.h>
+
+namespace corvane {
+namespace {
+
+Item row(Item::Kind kind, bool guarded = false, bool building = false) {
+  Item item{.id = "row:1", .key = "row-key", .kind = kind, .title = "Row"};
+  item.stop = Stop::signal();
+  item.guarded = guarded;
+  item.building = building;
+  return item;
+}
+
+TEST(PolicyTest, EngineWithoutStopMethodIsRefusedUnderEveryRule) {
+  Item engine = row(Item::Kind::docker);
+  engine.stop.reset();
+  for (bool pinned : {false, true})
+    for (auto reason : {whyNot(engine, pinned, true), whyNot(engine, pinned), MCP::refusal(engine, pinned, 1)})
+      EXPECT_EQ(reason, "Corvane doesn't stop it");
+}
+
+TEST(PolicyTest, FirstRuleThatAppliesDecides) {
+  const Item database = row(Item::Kind::database, true);
+  EXPECT_EQ(whyNot(database, false, false), "a database");
+  EXPECT_EQ(whyNot(database, true, false), "pinned");
+  EXPECT_EQ(whyNot(database, true, true), std::nullopt);
+  EXPECT_EQ(whyNot(database, true), "pinned");
+  EXPECT_EQ(whyNot(database, false), "a database");  // "--yes" has no say by project
+  EXPECT_EQ(whyNot(row(Item::Kind::xcode, true), false, false), "in use by Xcode");
+  EXPECT_EQ(whyNot(row(Item::Kind::agent, true, true), false), "an agent session");
+  EXPECT_EQ(whyNot(row(Item::Kind::container, true), false, false), "a database");
+  const Item build = row(Item::Kind::server, false, true);
+  EXPECT_EQ(whyNot(build, false, false), std::nullopt);
+  EXPECT_EQ(whyNot(build, false), "building");
+}
+
+TEST(PolicyTest, AgentsStopOnlyWhatTheyStarted) {
+  auto started = [](std::optional<int32_t> pid, std::optional<std::string> by) {
+    Item item = row(Item::Kind::server);
+    item.agentPID = pid;
+    item.startedBy = std::move(by);
+    return item;
+  };
+  EXPECT_EQ(MCP::refusal(started(4242, "Codex"), false, 4242), std::nullopt);
+  EXPECT_EQ(MCP::refusal(started(4242, "Codex"), false, std::nullopt), "started by another agent (Codex)");
+  EXPECT_EQ(MCP::refusal(started(777, "Codex"), false, 4242), "started by another agent (Codex)");
+  EXPECT_EQ(MCP::refusal(started(777, std::nullopt), false, 4242), "started by another agent (unknown)");
+  EXPECT_EQ(MCP::refusal(started(std::nullopt, "Claude Code"), false, 4242), "started by another agent (Claude Code)");
+  EXPECT_EQ(MCP::refusal(started(std::nullopt, "Gemini CLI"), false, 4242), "started by another agent (Gemini CLI)");
+  EXPECT_EQ(MCP::refusal(started(std::nullopt, "iTerm"), false, 4242), std::nullopt);
+  EXPECT_EQ(MCP::refusal(started(std::nullopt, std::nullopt), false, std::nullopt), std::nullopt);
+  EXPECT_EQ(MCP::refusal(started(4242, "Codex"), true, 4242), "pinned");
+}
+
+}  // namespace
+}  // namespace corvane
