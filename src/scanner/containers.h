@@ -1,0 +1,20 @@
+#pragma once
+// Turning `docker ps` and `docker stats` output into the running containers.
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "detect/item.h"
+
+namespace corvane {
+
+// The Compose project in a container's comma-separated labels; absent when there is none or the
+// label has no value.
+std::optional<std::string> composeProject(std::string_view labels);
+
+// Containers in the order of the `docker ps` lines, each with the memory of its `docker stats` line
+// (0 without one).
+std::vector<Container> containersFromDockerOutput(std::string_view psOutput, std::string_view statsOutput);
+
+}  // namespace corvane
