@@ -10,8 +10,6 @@ namespace corvane {
 
 namespace {
 
-constexpr double psTimeoutSeconds = 5;
-constexpr double statsTimeoutSeconds = 10;
 constexpr std::string_view composeProjectLabel = "com.docker.compose.project";
 
 const std::string* stringField(const nlohmann::json& object, const char* key) {
@@ -70,14 +68,17 @@ std::vector<Container> containersFromDockerOutput(std::string_view psOutput, std
 
 // Either command failing to answer in time means Docker is in no state to be trusted; a stats run
 // that ends with an error still says something about the containers it did print.
-std::vector<Container> Tools::containers() const {
-  const std::string* docker = path("docker");
-  if (!docker) return {};
-  const auto ps = run(*docker, {"ps", "--no-trunc", "--format", "{{json .}}"}, psTimeoutSeconds);
+std::vector<Container> fetchContainers(const std::string& docker, DockerTimeouts timeouts) {
+  const auto ps = run(docker, {"ps", "--no-trunc", "--format", "{{json .}}"}, timeouts.ps);
   if (!ps || ps->status != 0) return {};
-  const auto stats = run(*docker, {"stats", "--no-stream", "--no-trunc", "--format", "{{json .}}"}, statsTimeoutSeconds);
+  const auto stats = run(docker, {"stats", "--no-stream", "--no-trunc", "--format", "{{json .}}"}, timeouts.stats);
   if (!stats) return {};
   return containersFromDockerOutput(ps->data, stats->data);
+}
+
+std::vector<Container> Tools::containers() const {
+  const std::string* docker = path("docker");
+  return docker ? fetchContainers(*docker) : std::vector<Container>{};
 }
 
 }  // namespace corvane
