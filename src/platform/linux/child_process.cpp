@@ -98,11 +98,11 @@ bool reapBefore(pid_t pid, int pidfd, Clock::time_point deadline, WaitStatus& st
     for (;;) {
       pollfd entry{pidfd, POLLIN, 0};
       const int ready = poll(&entry, 1, millisecondsUntil(deadline));
-      if (ready > 0) {
+      if (ready > 0 && (entry.revents & POLLIN)) {
         status = reapBlocking(pid);
         return true;
       }
-      if (ready < 0 && errno != EINTR) break;  // fall back to polling below
+      if (ready > 0 || (ready < 0 && errno != EINTR)) break;  // fall back to polling below
       if (ready == 0 && Clock::now() >= deadline) return false;
     }
   }
