@@ -9,9 +9,11 @@
 
 #include "detect/item.h"
 
-namespace corvane {
-
+namespace corvane::platform {
 class DefaultsStore;
+}
+
+namespace corvane {
 
 struct Tools {
   struct Output {
@@ -28,7 +30,7 @@ struct Tools {
 
   // Finds the four tools: `known` paths, fixed candidates, then the login shell, with misses remembered
   // for a day in the defaults suite (`defaults` when given, else the desktop app's suite).
-  static Tools load(const std::map<std::string, std::string>& known, DefaultsStore* defaults,
+  static Tools load(const std::map<std::string, std::string>& known, const platform::DefaultsStore* defaults,
                     const std::string& shell);
 
   // The running containers, through `docker ps` and `docker stats`; empty without docker.

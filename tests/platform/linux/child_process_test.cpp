@@ -1,0 +1,69 @@
+#include "platform/child_process.h"
+
+#include <chrono>
+#include <filesystem>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <thread>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "platform/docker_socket.h"
+#include "support/fake_programs.h"
+#include "support/run_program.h"
+
+namespace corvane::platform {
+namespace {
+
+using testing_support::makeTempDir;
+using testing_support::readFile;
+using testing_support::writeScript;
+
+TEST(ChildProcessTest, ProgramIgnoringSIGTERMIsKilledAfterTheGrace) {
+  const std::string dir = makeTempDir("child");
+  const std::string script = writeScript(dir + "/stubborn", "trap '' TERM\nwhile :; do sleep 0.05; done\n");
+  const auto started = std::chrono::steady_clock::now();
+  EXPECT_FALSE(runCapturingOutput(script, {}, dir + "/out", 0.2, 0.3));
+  EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(3));
+  EXPECT_FALSE(std::filesystem::exists(dir + "/out"));
+}
+
+TEST(ChildProcessTest, DetachedProgramRunsAndLeavesNoZombie) {
+  const std::string dir = makeTempDir("child");
+  ASSERT_TRUE(launchDetached(writeScript(dir + "/bg", "echo $$ > \"$1\"\n"), {dir + "/pid"}));
+  EXPECT_FALSE(launchDetached(dir + "/missing", {}));
+  std::string pid;
+  for (int i = 0; i < 200 && pid.empty(); ++i, std::this_thread::sleep_for(std::chrono::milliseconds(10)))
+    pid = readFile(dir + "/pid");
+  ASSERT_FALSE(pid.empty());
+  // A zombie would keep its /proc entry until this test process ended.
+  bool gone = false;
+  for (int i = 0; i < 200 && !gone; ++i, std::this_thread::sleep_for(std::chrono::milliseconds(10)))
+    gone = !std::filesystem::exists("/proc/" + std::to_string(std::stol(pid)));
+  EXPECT_TRUE(gone);
+}
+
+TEST(DockerSocketTest, FoundThroughDockerHostOrRuntimeDirectory) {
+  const std::string dir = makeTempDir("sock");
+  testing_support::ScopedEnv runtime("XDG_RUNTIME_DIR", dir);
+  testing_support::ScopedEnv host("DOCKER_HOST", "unix://" + dir + "/engine.sock");
+  const bool systemSocket = std::filesystem::exists("/var/run/docker.sock");
+  writeScript(dir + "/docker.sock", "");  // a plain file of that name is no engine
+  if (!systemSocket) EXPECT_FALSE(dockerSocketExists());
+
+  const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  (dir + "/engine.sock").copy(address.sun_path, sizeof address.sun_path - 1);
+  ASSERT_EQ(bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  EXPECT_TRUE(dockerSocketExists());
+  {
+    testing_support::ScopedEnv tcp("DOCKER_HOST", "tcp://" + dir + "/engine.sock");
+    if (!systemSocket) EXPECT_FALSE(dockerSocketExists());
+  }
+  close(fd);
+}
+
+}  // namespace
+}  // namespace corvane::platform

@@ -1,0 +1,85 @@
+#include <gtest/gtest.h>
+
+#include "scanner/containers.h"
+#include "scanner/json_lines.h"
+#include "scanner/memory_size.h"
+#include "scanner/tools.h"
+#include "support/fake_programs.h"
+#include "support/run_program.h"
+
+namespace corvane {
+namespace {
+
+using testing_support::writeScript;
+
+TEST(MemorySizeTest, UnitsAndOddInput) {
+  EXPECT_EQ(parseMemorySize("1.5GiB"), 1610612736u);
+  EXPECT_EQ(parseMemorySize("512MiB"), 536870912u);
+  EXPECT_EQ(parseMemorySize("12.3kB"), 12300u);
+  EXPECT_EQ(parseMemorySize(" \t1.5GiB \t"), 1610612736u);
+  EXPECT_EQ(parseMemorySize("0B"), 0u);
+  EXPECT_EQ(parseMemorySize("--"), 0u);
+  EXPECT_EQ(parseMemorySize("GiB"), 0u);
+  EXPECT_EQ(parseMemorySize("1.5 GiB"), 0u);
+  EXPECT_EQ(parseMemorySize("1.5GiB\n"), 0u);
+  EXPECT_EQ(parseMemorySize("-3MiB"), 0u);
+  EXPECT_EQ(parseMemorySize("nanGiB"), 0u);
+  EXPECT_EQ(parseMemorySize("1e10TB"), UINT64_MAX);
+}
+
+TEST(ContainersTest, JSONLinesAndLabels) {
+  const auto objects = parseJSONLines("{\"a\":1}\n\n[1]\nnot json\n{\"b\":\"x\xff\xE2\x9Cy\"}\n\"s\"\n{\"c\":2}");
+  ASSERT_EQ(objects.size(), 3u);
+  EXPECT_EQ(objects[0]["a"], 1);
+  EXPECT_EQ(objects[1]["b"], "x\xEF\xBF\xBD\xEF\xBF\xBDy");  // a cut-off sequence is one replacement
+  EXPECT_EQ(objects[2]["c"], 2);
+
+  EXPECT_EQ(composeProject("com.docker.compose.project=shop,com.docker.compose.service=web"), "shop");
+  EXPECT_EQ(composeProject(",,com.docker.compose.service=web,com.docker.compose.project=a=b"), "a=b");
+  EXPECT_EQ(composeProject("com.docker.compose.project,com.docker.compose.project=shop"), std::nullopt);
+  EXPECT_EQ(composeProject("com.docker.compose.project.config_files=x"), std::nullopt);
+}
+
+TEST(ContainersTest, PsAndStatsLinesJoinedByID) {
+  const std::string ps =
+      R"({"ID":"c1","Names":"shop-web-1,alias","Image":"nginx","Labels":"com.docker.compose.project=shop"})" "\n"
+      R"({"ID":"c2","Names":"db","Labels":7})" "\n"
+      R"({"ID":"c3"})" "\n"
+      R"({"ID":"c4","Names":"idle"})" "\n";
+  const std::string stats =
+      R"({"ID":"c1","MemUsage":"1KiB / 2GiB"})" "\n"
+      R"({"ID":"c1","MemUsage":"1.5GiB / 7.7GiB"})" "\n"
+      R"({"ID":"c2","MemUsage":"--"})" "\n"
+      R"({"ID":"c4"})" "\n";
+  const auto containers = containersFromDockerOutput(ps, stats);
+  EXPECT_EQ(containers, (std::vector<Container>{{"c1", "shop-web-1,alias", "nginx", "shop", 1610612736},
+                                                 {"c2", "db", "", std::nullopt, 0},
+                                                 {"c4", "idle", "", std::nullopt, 0}}));
+}
+
+// A fake docker whose `ps` and `stats` behave as the test says.
+std::string fakeDocker(const std::string& ps, const std::string& stats) {
+  const std::string dir = testing_support::makeTempDir("docker");
+  return writeScript(dir + "/docker", "case \"$1 $2 $3 $4 $5\" in\n"
+                                      "\"ps --no-trunc --format {{json .}} \") " + ps + " ;;\n"
+                                      "\"stats --no-stream --no-trunc --format {{json .}}\") " + stats + " ;;\n"
+                                      "*) exit 64 ;;\nesac\n");
+}
+
+constexpr const char* psLine = R"(echo '{"ID":"c1","Names":"web","Image":"nginx"}')";
+constexpr DockerTimeouts quick{0.5, 0.5};
+
+TEST(ContainersTest, FetchThroughDocker) {
+  EXPECT_EQ(fetchContainers(fakeDocker(psLine, R"(echo '{"ID":"c1","MemUsage":"512MiB / 1GiB"}')"), quick),
+            (std::vector<Container>{{"c1", "web", "nginx", std::nullopt, 536870912}}));
+  // A failing stats run still gives the containers, without memory.
+  EXPECT_EQ(fetchContainers(fakeDocker(psLine, "echo 'Error response from daemon'; exit 1"), quick),
+            (std::vector<Container>{{"c1", "web", "nginx", std::nullopt, 0}}));
+  EXPECT_TRUE(fetchContainers(fakeDocker(psLine, "exec sleep 5"), quick).empty());
+  EXPECT_TRUE(fetchContainers(fakeDocker(std::string(psLine) + "; exit 1", "exit 0"), quick).empty());
+  EXPECT_TRUE(fetchContainers(fakeDocker("exec sleep 5", "exit 0"), quick).empty());
+  EXPECT_TRUE(Tools{}.containers().empty());
+}
+
+}  // namespace
+}  // namespace corvane

@@ -1,0 +1,70 @@
+#include <filesystem>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "platform/paths.h"
+#include "scanner/tools.h"
+#include "support/fake_programs.h"
+#include "support/run_program.h"
+
+namespace corvane {
+namespace {
+
+using testing_support::writeScript;
+
+bool outputFilesLeft() {
+  for (const auto& entry : std::filesystem::directory_iterator(platform::temporaryDirectory()))
+    if (entry.path().filename().string().starts_with("corvane-")) return true;
+  return false;
+}
+
+TEST(RunTest, StatusAndStandardOutputOnly) {
+  const std::string dir = testing_support::makeTempDir("run");
+  const auto result = run(writeScript(dir + "/tool", "printf '%s|' \"$@\"; echo err >&2; read l && echo in; exit 3\n"),
+                          {"a b", "", "c"}, 5);
+  ASSERT_TRUE(result);
+  EXPECT_EQ(result->status, 3);
+  EXPECT_EQ(result->data, "a b||c|");
+  EXPECT_FALSE(outputFilesLeft());
+}
+
+TEST(RunTest, TimeOutSendsSIGTERM) {
+  const std::string dir = testing_support::makeTempDir("run");
+  EXPECT_FALSE(run(writeScript(dir + "/slow", "echo started; exec sleep 10\n"), {}, 0.2));
+  // A program that exits by itself on SIGTERM gives its own status.
+  const auto polite = run(writeScript(dir + "/polite", "trap 'echo bye; exit 7' TERM\nwhile :; do sleep 0.05; done\n"),
+                          {}, 0.3);
+  ASSERT_TRUE(polite);
+  EXPECT_EQ(polite->status, 7);
+  EXPECT_EQ(polite->data, "bye\n");
+  EXPECT_FALSE(outputFilesLeft());
+}
+
+TEST(RunTest, ProgramsThatCannotStartGiveNothing) {
+  const std::string dir = testing_support::makeTempDir("run");
+  const std::string plain = writeScript(dir + "/plain", "exit 0\n");
+  std::filesystem::permissions(plain, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+  EXPECT_FALSE(run(plain, {}, 1));
+  EXPECT_FALSE(run(dir + "/missing", {}, 1));
+  EXPECT_FALSE(outputFilesLeft());
+  testing_support::ScopedEnv tmp("TMPDIR", dir + "/missing");
+  EXPECT_FALSE(run(writeScript(dir + "/ok", "exit 0\n"), {}, 1));
+}
+
+TEST(RunTest, ConcurrentRunsKeepTheirOwnOutput) {
+  const std::string script = writeScript(testing_support::makeTempDir("run") + "/echo", "sleep 0.05; echo $1; exit $1\n");
+  std::vector<std::optional<Tools::Output>> results(8);
+  std::vector<std::thread> threads;
+  for (size_t i = 0; i < results.size(); ++i)
+    threads.emplace_back([&, i] { results[i] = run(script, {std::to_string(i)}, 5); });
+  for (auto& thread : threads) thread.join();
+  for (size_t i = 0; i < results.size(); ++i) {
+    ASSERT_TRUE(results[i]);
+    EXPECT_EQ(results[i]->status, static_cast<int32_t>(i));
+    EXPECT_EQ(results[i]->data, std::to_string(i) + "\n");
+  }
+}
+
+}  // namespace
+}  // namespace corvane
