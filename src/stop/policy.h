@@ -10,12 +10,6 @@
 
 namespace corvane {
 
-// A row is pinned when the desktop app's pins hold its key. `Pins` is any map keyed by row key.
-template <class Pins>
-bool isPinned(const Item& item, const Pins& pins) {
-  return !pins.empty() && pins.find(item.key) != pins.end();
-}
-
 // A row picked by its id or one of its ports. "--yes" overrides pins and guards, never a missing stop method,
 // and a build picked this way is stopped.
 std::optional<std::string> whyNot(const Item& item, bool pinned, bool yes);
