@@ -103,8 +103,9 @@ struct ProcessTable::State {
     return pidFd;
   }
 
-  // The owner of the pid directory is the process's effective user, or root for a process that
-  // is not dumpable (setuid programs among them): only then is the real user worth a look.
+  // The owner of the pid directory is the process's effective user. The user's own processes show
+  // the user, or root when they run a setuid-root program; everything else is another user's and
+  // skipped without a read. The real user (from status) decides the rest.
   bool mayBeOwn(int32_t pid) const {
     char name[16];
     formatPid(pid, name);
