@@ -65,8 +65,6 @@ std::optional<std::string> readLinkAt(int directory, const char* name) {
   return std::string(target, static_cast<size_t>(length));
 }
 
-void formatPid(int32_t pid, char (&name)[16]) { std::snprintf(name, sizeof name, "%d", pid); }
-
 Date dateFromTicks(uint64_t ticksAfterBoot) {
   const Clock& c = clock();
   const auto micros = c.bootSeconds * 1'000'000 +
@@ -81,40 +79,52 @@ struct ProcessTable::State {
   int procFd = -1;
   uint32_t uid = 0;
   std::vector<char> buffer = std::vector<char>(4096);
-  // The directory of the process read last; readings of one process go through it, so that a pid
-  // reused halfway fails to read instead of mixing two processes.
-  int32_t openPid = 0;
-  int pidFd = -1;
+  std::vector<char> entries = std::vector<char>(8192);
+  char pathText[48];
   std::optional<TcpTable> sockets;
   std::unordered_set<uint64_t> matched;
 
   ~State() {
-    if (pidFd >= 0) close(pidFd);
     if (proc) closedir(proc);
   }
 
-  int directory(int32_t pid) {
-    if (pid == openPid && pidFd >= 0) return pidFd;
-    if (pidFd >= 0) close(pidFd);
-    char name[16];
-    formatPid(pid, name);
-    openPid = pid;
-    pidFd = procFd < 0 ? -1 : openat(procFd, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    return pidFd;
+  // "PID/leaf" (or "PID" for an empty leaf), relative to the open /proc. Paths from there cost
+  // fewer calls than opening each process's directory.
+  const char* path(int32_t pid, const char* leaf) {
+    std::snprintf(pathText, sizeof pathText, *leaf ? "%d/%s" : "%d", pid, leaf);
+    return pathText;
   }
 
   // The owner of the pid directory is the process's effective user. The user's own processes show
   // the user, or root when they run a setuid-root program; everything else is another user's and
   // skipped without a read. The real user (from status) decides the rest.
-  bool mayBeOwn(int32_t pid) const {
-    char name[16];
-    formatPid(pid, name);
+  bool mayBeOwn(int32_t pid) {
     struct stat info;
-    if (procFd < 0 || fstatat(procFd, name, &info, 0) != 0) return false;
+    if (procFd < 0 || fstatat(procFd, path(pid, ""), &info, 0) != 0) return false;
     return info.st_uid == uid || info.st_uid == 0;
   }
 
   bool allSocketsMatched() const { return sockets && matched.size() == sockets->size(); }
+
+  // Adds the sockets of the table among the fds listed in `entries`; false once all are matched.
+  bool matchFds(int fdDirectory, size_t length, std::vector<TcpSocket>& found) {
+    char link[64];
+    for (size_t at = 0; at < length;) {
+      const auto* entry = reinterpret_cast<const dirent64*>(entries.data() + at);
+      at += entry->d_reclen;
+      if (entry->d_name[0] == '.') continue;
+      const ssize_t linkLength = readlinkat(fdDirectory, entry->d_name, link, sizeof link);
+      if (linkLength <= 0) continue;
+      const auto inode = socketInode(std::string_view(link, static_cast<size_t>(linkLength)));
+      if (!inode) continue;
+      const auto socket = sockets->find(*inode);
+      if (socket == sockets->end()) continue;
+      found.push_back(socket->second);
+      matched.insert(*inode);
+      if (allSocketsMatched()) return false;
+    }
+    return true;
+  }
 };
 
 ProcessTable::ProcessTable() : state_(std::make_unique<State>()) {
@@ -148,13 +158,11 @@ std::vector<int32_t> ProcessTable::pids() {
 std::optional<ProcessStats> ProcessTable::stats(int32_t pid) {
   State& s = *state_;
   if (!s.mayBeOwn(pid)) return std::nullopt;
-  const int directory = s.directory(pid);
-  if (directory < 0) return std::nullopt;
-  const auto statusText = readAt(directory, "status", s.buffer);
+  const auto statusText = readAt(s.procFd, s.path(pid, "status"), s.buffer);
   if (!statusText) return std::nullopt;
   const StatusFields status = parseStatus(*statusText);
   if (status.realUid != s.uid) return std::nullopt;
-  const auto statText = readAt(directory, "stat", s.buffer);
+  const auto statText = readAt(s.procFd, s.path(pid, "stat"), s.buffer);
   if (!statText) return std::nullopt;
   const auto stat = parseStat(*statText);
   if (!stat) return std::nullopt;
@@ -168,54 +176,43 @@ std::optional<ProcessStats> ProcessTable::stats(int32_t pid) {
 }
 
 std::vector<std::string> ProcessTable::args(int32_t pid) {
-  const int directory = state_->directory(pid);
-  if (directory < 0) return {};
-  const auto bytes = readAt(directory, "cmdline", state_->buffer);
+  State& s = *state_;
+  const auto bytes = readAt(s.procFd, s.path(pid, "cmdline"), s.buffer);
   return bytes ? splitAtNul(*bytes) : std::vector<std::string>();
 }
 
 std::optional<std::string> ProcessTable::executable(int32_t pid) {
-  const int directory = state_->directory(pid);
-  if (directory < 0) return std::nullopt;
-  auto link = readLinkAt(directory, "exe");
+  State& s = *state_;
+  auto link = readLinkAt(s.procFd, s.path(pid, "exe"));
   if (!link) return std::nullopt;
   return std::string(withoutDeletedMark(*link));
 }
 
 std::optional<std::string> ProcessTable::workingDirectory(int32_t pid) {
-  const int directory = state_->directory(pid);
-  if (directory < 0) return std::nullopt;
-  return readLinkAt(directory, "cwd");
+  State& s = *state_;
+  return readLinkAt(s.procFd, s.path(pid, "cwd"));
 }
 
 std::vector<TcpSocket> ProcessTable::tcpSockets(int32_t pid) {
   State& s = *state_;
-  if (!s.sockets) s.sockets = readTcpTable(s.uid);
+  if (!s.sockets) {
+    s.sockets = readTcpTable(s.uid);
+    dropUncountableConnections(*s.sockets);
+  }
   std::vector<TcpSocket> found;
   if (s.allSocketsMatched()) return found;
-  const int directory = s.directory(pid);
-  if (directory < 0) return found;
-  const int fdDirectory = openat(directory, "fd", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  const int fdDirectory = openat(s.procFd, s.path(pid, "fd"), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (fdDirectory < 0) return found;
-  DIR* fds = fdopendir(fdDirectory);
-  if (!fds) {
-    close(fdDirectory);
-    return found;
+  // The kernel lists fds until the next entry does not fit; an entry is at most 32 bytes, so a
+  // listing that leaves more room than that is complete, and the call that would return 0 is saved.
+  constexpr size_t room = 64;
+  while (true) {
+    const ssize_t length = getdents64(fdDirectory, s.entries.data(), s.entries.size());
+    if (length <= 0) break;
+    if (!s.matchFds(fdDirectory, static_cast<size_t>(length), found)) break;
+    if (static_cast<size_t>(length) + room <= s.entries.size()) break;
   }
-  char link[64];
-  while (const dirent* entry = readdir(fds)) {
-    if (entry->d_name[0] == '.') continue;
-    const ssize_t length = readlinkat(fdDirectory, entry->d_name, link, sizeof link);
-    if (length <= 0) continue;
-    const auto inode = socketInode(std::string_view(link, static_cast<size_t>(length)));
-    if (!inode) continue;
-    const auto socket = s.sockets->find(*inode);
-    if (socket == s.sockets->end()) continue;
-    found.push_back(socket->second);
-    s.matched.insert(*inode);
-    if (s.allSocketsMatched()) break;
-  }
-  closedir(fds);
+  close(fdDirectory);
   return found;
 }
 

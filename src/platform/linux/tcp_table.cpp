@@ -5,6 +5,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include <linux/inet_diag.h>
@@ -153,6 +154,15 @@ void addProcNetTcpRows(std::string_view text, uint32_t uid, TcpTable& table) {
     if (owner != uid) continue;
     add(table, inode, *port, *state);
   }
+}
+
+void dropUncountableConnections(TcpTable& table) {
+  std::unordered_set<uint16_t> listened;
+  for (const auto& [inode, socket] : table)
+    if (socket.listening) listened.insert(socket.port);
+  std::erase_if(table, [&](const auto& entry) {
+    return !entry.second.listening && !listened.contains(entry.second.port);
+  });
 }
 
 TcpTable readTcpTableFromProcFiles(uint32_t uid) {

@@ -22,6 +22,10 @@ TcpTable readTcpTable(uint32_t uid);
 std::optional<TcpTable> readTcpTableFromNetlink(uint32_t uid);
 TcpTable readTcpTableFromProcFiles(uint32_t uid);
 
+// Drops the established sockets whose local port no socket of the table listens on: they can never
+// count as inbound, and a smaller table lets the walk over the processes' fds end sooner.
+void dropUncountableConnections(TcpTable& table);
+
 // Adds the matching rows of a /proc/net/tcp or /proc/net/tcp6 text.
 void addProcNetTcpRows(std::string_view text, uint32_t uid, TcpTable& table);
 

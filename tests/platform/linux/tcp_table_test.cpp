@@ -35,6 +35,12 @@ TEST(TcpTableTest, ProcNetTcpRowsOfTheUserInListenAndEstablished) {
   addProcNetTcpRows("header only\n", 501, table);
   addProcNetTcpRows("", 501, table);
   EXPECT_EQ(table.size(), 3u);
+
+  // A connection from a port that nobody listens on is never inbound.
+  table[60000] = TcpSocket{53000, false};
+  dropUncountableConnections(table);
+  EXPECT_EQ(table.size(), 3u);
+  EXPECT_FALSE(table.contains(60000));
 }
 
 // Both ways of reading see a socket of this process with the same port and state.
