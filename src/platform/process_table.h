@@ -26,8 +26,7 @@ struct TcpSocket {
 };
 
 // One pass over the process table. It holds what a pass shares between processes (the open table,
-// a read buffer, the socket table of the user) and is meant to be used for one snapshot and then
-// dropped. Every reading names its pid; reading the pids one after another in order is the fast way.
+// a read buffer, the user's socket table, read on first use) and is meant for one snapshot.
 class ProcessTable {
  public:
   ProcessTable();
@@ -46,12 +45,13 @@ class ProcessTable {
   std::optional<std::string> executable(int32_t pid);
   // The working directory; absent when it cannot be read.
   std::optional<std::string> workingDirectory(int32_t pid);
-  // The process's TCP sockets that listen or are established, as many as could be read.
+  // The process's TCP sockets that listen, or are established on a port that some socket of the
+  // user listens on; as many as could be read. The user's sockets are found in the order the
+  // processes are asked for; once every one has been found, later processes are not searched.
   std::vector<TcpSocket> tcpSockets(int32_t pid);
 
-  struct State;
-
  private:
+  struct State;
   std::unique_ptr<State> state_;
 };
 

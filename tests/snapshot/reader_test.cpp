@@ -23,72 +23,49 @@ namespace {
 using testing_support::ChildProcess;
 using ::testing::ElementsAre;
 
-class Socket {
- public:
-  explicit Socket(int family) : fd_(socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0)) {}
-  explicit Socket(int fd, bool) : fd_(fd) {}
+// A TCP socket that closes when the test ends.
+struct Socket {
+  explicit Socket(int family) : fd(socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0)) {}
+  explicit Socket(int accepted, bool) : fd(accepted) {}
   ~Socket() {
-    if (fd_ >= 0) close(fd_);
+    if (fd >= 0) close(fd);
   }
   Socket(const Socket&) = delete;
-  Socket& operator=(const Socket&) = delete;
-  int fd() const { return fd_; }
-
-  // Listens on the loopback address (all addresses for a dual-stack IPv6 socket); the port, 0 on failure.
-  uint16_t listenOn(uint16_t port, bool v6Only = true) {
-    int yes = 1;
-    setsockopt(fd_, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-    sockaddr_storage address{};
-    socklen_t length = 0;
-    if (family() == AF_INET6) {
-      int only = v6Only ? 1 : 0;
-      setsockopt(fd_, IPPROTO_IPV6, IPV6_V6ONLY, &only, sizeof only);
-      auto* a = reinterpret_cast<sockaddr_in6*>(&address);
-      a->sin6_family = AF_INET6;
-      a->sin6_port = htons(port);
-      a->sin6_addr = v6Only ? in6addr_loopback : in6addr_any;
-      length = sizeof *a;
-    } else {
-      auto* a = reinterpret_cast<sockaddr_in*>(&address);
-      a->sin_family = AF_INET;
-      a->sin_port = htons(port);
-      a->sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-      length = sizeof *a;
-    }
-    if (bind(fd_, reinterpret_cast<sockaddr*>(&address), length) != 0 || listen(fd_, 16) != 0) return 0;
-    length = sizeof address;
-    getsockname(fd_, reinterpret_cast<sockaddr*>(&address), &length);
-    return ntohs(family() == AF_INET6 ? reinterpret_cast<sockaddr_in6*>(&address)->sin6_port
-                                      : reinterpret_cast<sockaddr_in*>(&address)->sin_port);
-  }
-
-  bool connectTo(uint16_t port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return connect(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-  }
-
- private:
-  int family() const {
-    sockaddr_storage address{};
-    socklen_t length = sizeof address;
-    getsockname(fd_, reinterpret_cast<sockaddr*>(&address), &length);
-    return address.ss_family;
-  }
-  int fd_;
+  int fd;
 };
 
-uint16_t freePort() {
-  Socket probe(AF_INET);
-  return probe.listenOn(0);
+// Listens on loopback, or on every address for a dual-stack IPv6 socket; the port, 0 on failure.
+uint16_t listenOn(const Socket& s, int family, uint16_t port, bool v6Only = true) {
+  sockaddr_in v4{};
+  sockaddr_in6 v6{};
+  v4.sin_family = AF_INET;
+  v4.sin_port = htons(port);
+  v4.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  v6.sin6_family = AF_INET6;
+  v6.sin6_port = htons(port);
+  v6.sin6_addr = v6Only ? in6addr_loopback : in6addr_any;
+  int only = v6Only ? 1 : 0;
+  if (family == AF_INET6) setsockopt(s.fd, IPPROTO_IPV6, IPV6_V6ONLY, &only, sizeof only);
+  auto* address = family == AF_INET6 ? reinterpret_cast<sockaddr*>(&v6) : reinterpret_cast<sockaddr*>(&v4);
+  socklen_t length = family == AF_INET6 ? sizeof v6 : sizeof v4;
+  if (bind(s.fd, address, length) != 0 || listen(s.fd, 16) != 0) return 0;
+  getsockname(s.fd, address, &length);
+  return ntohs(family == AF_INET6 ? v6.sin6_port : v4.sin_port);
 }
+
+bool connectTo(const Socket& s, uint16_t port) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(port);
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  return connect(s.fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+}
+
+uint16_t freePort() { return listenOn(Socket(AF_INET), AF_INET, 0); }
 
 bool waitUntilListening(uint16_t port) {
   for (int attempt = 0; attempt < 200; ++attempt) {
-    Socket client(AF_INET);
-    if (client.connectTo(port)) return true;
+    if (connectTo(Socket(AF_INET), port)) return true;
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
   return false;
@@ -139,7 +116,7 @@ TEST(ReaderTest, InboundCountsAcceptedConnectionsNotOutgoingOnes) {
   const std::string python = testing_support::systemPython();
   if (python.empty()) GTEST_SKIP() << "no python3";
   Socket database(AF_INET);
-  const uint16_t databasePort = database.listenOn(0);
+  const uint16_t databasePort = listenOn(database, AF_INET, 0);
   ASSERT_NE(databasePort, 0);
   const char* script =
       "import socket, sys, time\n"
@@ -157,13 +134,12 @@ TEST(ReaderTest, InboundCountsAcceptedConnectionsNotOutgoingOnes) {
   ASSERT_FALSE(portLine.empty());
   const auto port = static_cast<uint16_t>(std::stoi(portLine));
   Socket clients[] = {Socket(AF_INET), Socket(AF_INET), Socket(AF_INET)};
-  for (auto& client : clients) ASSERT_TRUE(client.connectTo(port));
+  for (const auto& client : clients) ASSERT_TRUE(connectTo(client, port));
   ASSERT_EQ(server.readLine(), "ready");
 
   ArgsCache cache;
-  const Proc* proc = nullptr;
   const Snapshot snapshot = corvane::snapshot(cache);
-  proc = find(snapshot, server.pid());
+  const Proc* proc = find(snapshot, server.pid());
   ASSERT_NE(proc, nullptr);
   EXPECT_THAT(proc->listening, ElementsAre(port));
   EXPECT_EQ(proc->inbound, 3);
@@ -171,16 +147,16 @@ TEST(ReaderTest, InboundCountsAcceptedConnectionsNotOutgoingOnes) {
 
 TEST(ReaderTest, PortOverIPv4AndIPv6CountsOnce) {
   Socket v4(AF_INET), v6(AF_INET6), dualStack(AF_INET6);
-  const uint16_t port = v4.listenOn(0);
+  const uint16_t port = listenOn(v4, AF_INET, 0);
   ASSERT_NE(port, 0);
-  if (v6.fd() < 0 || v6.listenOn(port) != port) GTEST_SKIP() << "no IPv6 loopback";
+  if (v6.fd < 0 || listenOn(v6, AF_INET6, port) != port) GTEST_SKIP() << "no IPv6 loopback";
   // A dual-stack listener and its IPv4 connection show in the IPv6 table only.
-  const uint16_t dualPort = dualStack.listenOn(0, false);
+  const uint16_t dualPort = listenOn(dualStack, AF_INET6, 0, false);
   ASSERT_NE(dualPort, 0);
   Socket client(AF_INET);
-  ASSERT_TRUE(client.connectTo(dualPort));
-  Socket accepted(accept4(dualStack.fd(), nullptr, nullptr, SOCK_CLOEXEC), true);
-  ASSERT_GE(accepted.fd(), 0);
+  ASSERT_TRUE(connectTo(client, dualPort));
+  Socket accepted(accept4(dualStack.fd, nullptr, nullptr, SOCK_CLOEXEC), true);
+  ASSERT_GE(accepted.fd, 0);
 
   ArgsCache cache;
   const Snapshot snapshot = corvane::snapshot(cache);

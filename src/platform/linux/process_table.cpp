@@ -17,26 +17,6 @@ namespace {
 
 using namespace linux_proc;
 
-// Clock ticks per second and the boot time never change while the program runs.
-struct Clock {
-  uint64_t ticksPerSecond = 100;
-  int64_t bootSeconds = 0;
-};
-
-std::optional<std::string_view> readAt(int directory, const char* name, std::vector<char>& buffer);
-
-const Clock& clock() {
-  static const Clock value = [] {
-    Clock clock;
-    if (const long ticks = sysconf(_SC_CLK_TCK); ticks > 0) clock.ticksPerSecond = static_cast<uint64_t>(ticks);
-    std::vector<char> buffer(16 * 1024);
-    if (const auto text = readAt(AT_FDCWD, "/proc/stat", buffer))
-      clock.bootSeconds = bootTime(*text).value_or(0);
-    return clock;
-  }();
-  return value;
-}
-
 // Reads a whole /proc file into the buffer, growing it as needed. These files are generated in one
 // piece, so a read that leaves room in the buffer has reached the end; that saves the read that
 // would return 0.
@@ -56,6 +36,24 @@ std::optional<std::string_view> readAt(int directory, const char* name, std::vec
   }
   close(fd);
   return std::string_view(buffer.data(), used);
+}
+
+// Clock ticks per second and the boot time never change while the program runs.
+struct Clock {
+  uint64_t ticksPerSecond = 100;
+  int64_t bootSeconds = 0;
+};
+
+const Clock& clock() {
+  static const Clock value = [] {
+    Clock clock;
+    if (const long ticks = sysconf(_SC_CLK_TCK); ticks > 0) clock.ticksPerSecond = static_cast<uint64_t>(ticks);
+    std::vector<char> buffer(16 * 1024);
+    if (const auto text = readAt(AT_FDCWD, "/proc/stat", buffer))
+      clock.bootSeconds = bootTime(*text).value_or(0);
+    return clock;
+  }();
+  return value;
 }
 
 std::optional<std::string> readLinkAt(int directory, const char* name) {
