@@ -1,0 +1,43 @@
+#pragma once
+// Parsers of the per-process files of /proc, kept apart from the reads so they can be tested on text.
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace corvane::platform::linux_proc {
+
+// The fields of /proc/PID/stat that corvane uses, in the kernel's units (clock ticks).
+struct StatFields {
+  char state = '?';
+  int32_t ppid = 0;
+  uint64_t utime = 0;
+  uint64_t stime = 0;
+  uint64_t starttime = 0;  // ticks after boot
+};
+// The command name in parentheses may hold spaces and ")" itself, so the fields are counted from
+// the last ")". Absent when the text is cut short.
+std::optional<StatFields> parseStat(std::string_view text);
+
+// The fields of /proc/PID/status that corvane uses. Kernel threads have no memory lines (0 then).
+struct StatusFields {
+  std::optional<uint32_t> realUid;  // first number of "Uid:"
+  uint64_t rssAnonKB = 0;
+  uint64_t vmSwapKB = 0;
+};
+StatusFields parseStatus(std::string_view text);
+
+// /proc/PID/cmdline: the strings between NUL bytes; a last string without its NUL still counts.
+std::vector<std::string> splitAtNul(std::string_view bytes);
+
+// The target of /proc/PID/exe without the " (deleted)" the kernel adds once the file is removed.
+std::string_view withoutDeletedMark(std::string_view link);
+
+// The inode of an fd link "socket:[12345]"; absent for any other link.
+std::optional<uint64_t> socketInode(std::string_view link);
+
+// The "btime" line of /proc/stat: the boot time in seconds since 1970.
+std::optional<int64_t> bootTime(std::string_view procStat);
+
+}  // namespace corvane::platform::linux_proc

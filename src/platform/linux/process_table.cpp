@@ -1,0 +1,250 @@
+#include "platform/process_table.h"
+
+#include <cstdio>
+#include <unordered_set>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/linux/proc_text.h"
+#include "platform/linux/tcp_table.h"
+
+namespace corvane::platform {
+
+namespace {
+
+using namespace linux_proc;
+
+// Reads a whole /proc file into the buffer, growing it as needed. These files are generated in one
+// piece, so a read that leaves room in the buffer has reached the end; that saves the read that
+// would return 0.
+std::optional<std::string_view> readAt(int directory, const char* name, std::vector<char>& buffer) {
+  const int fd = openat(directory, name, O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return std::nullopt;
+  size_t used = 0;
+  while (true) {
+    if (used == buffer.size()) buffer.resize(buffer.size() * 2);
+    const ssize_t count = read(fd, buffer.data() + used, buffer.size() - used);
+    if (count < 0) {
+      close(fd);
+      return std::nullopt;
+    }
+    used += static_cast<size_t>(count);
+    if (count == 0 || used < buffer.size()) break;
+  }
+  close(fd);
+  return std::string_view(buffer.data(), used);
+}
+
+// Clock ticks per second and the boot time never change while the program runs.
+struct Clock {
+  uint64_t ticksPerSecond = 100;
+  int64_t bootSeconds = 0;
+};
+
+const Clock& clock() {
+  static const Clock value = [] {
+    Clock clock;
+    if (const long ticks = sysconf(_SC_CLK_TCK); ticks > 0) clock.ticksPerSecond = static_cast<uint64_t>(ticks);
+    std::vector<char> buffer(16 * 1024);
+    if (const auto text = readAt(AT_FDCWD, "/proc/stat", buffer))
+      clock.bootSeconds = bootTime(*text).value_or(0);
+    return clock;
+  }();
+  return value;
+}
+
+std::optional<std::string> readLinkAt(int directory, const char* name) {
+  char target[4096];
+  const ssize_t length = readlinkat(directory, name, target, sizeof target);
+  if (length <= 0) return std::nullopt;
+  return std::string(target, static_cast<size_t>(length));
+}
+
+Date dateFromTicks(uint64_t ticksAfterBoot) {
+  const Clock& c = clock();
+  const auto micros = c.bootSeconds * 1'000'000 +
+                      static_cast<int64_t>(ticksAfterBoot * 1'000'000 / c.ticksPerSecond);
+  return Date(std::chrono::microseconds(micros));
+}
+
+}  // namespace
+
+struct ProcessTable::State {
+  DIR* proc = nullptr;
+  int procFd = -1;
+  uint32_t uid = 0;
+  std::vector<char> buffer = std::vector<char>(4096);
+  std::vector<char> entries = std::vector<char>(8192);
+  char pathText[48];
+  std::optional<TcpTable> sockets;
+  std::unordered_set<uint64_t> matched;
+
+  ~State() {
+    if (proc) closedir(proc);
+  }
+
+  // "PID/leaf" (or "PID" for an empty leaf), relative to the open /proc. Paths from there cost
+  // fewer calls than opening each process's directory.
+  const char* path(int32_t pid, const char* leaf) {
+    std::snprintf(pathText, sizeof pathText, *leaf ? "%d/%s" : "%d", pid, leaf);
+    return pathText;
+  }
+
+  // The owner of the pid directory is the process's effective user. The user's own processes show
+  // the user, or root when they run a setuid-root program; everything else is another user's and
+  // skipped without a read. The real user (from status) decides the rest.
+  bool mayBeOwn(int32_t pid) {
+    struct stat info;
+    if (procFd < 0 || fstatat(procFd, path(pid, ""), &info, 0) != 0) return false;
+    return info.st_uid == uid || info.st_uid == 0;
+  }
+
+  bool allSocketsMatched() const { return sockets && matched.size() == sockets->size(); }
+
+  // Adds the sockets of the table among the fds listed in `entries`; false once all are matched.
+  bool matchFds(int fdDirectory, size_t length, std::vector<TcpSocket>& found) {
+    char link[64];
+    for (size_t at = 0; at < length;) {
+      const auto* entry = reinterpret_cast<const dirent64*>(entries.data() + at);
+      at += entry->d_reclen;
+      if (entry->d_name[0] == '.') continue;
+      const ssize_t linkLength = readlinkat(fdDirectory, entry->d_name, link, sizeof link);
+      if (linkLength <= 0) continue;
+      const auto inode = socketInode(std::string_view(link, static_cast<size_t>(linkLength)));
+      if (!inode) continue;
+      const auto socket = sockets->find(*inode);
+      if (socket == sockets->end()) continue;
+      found.push_back(socket->second);
+      matched.insert(*inode);
+      if (allSocketsMatched()) return false;
+    }
+    return true;
+  }
+};
+
+ProcessTable::ProcessTable() : state_(std::make_unique<State>()) {
+  state_->uid = currentUser();
+  const int fd = open("/proc", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return;
+  state_->proc = fdopendir(fd);
+  if (!state_->proc) {
+    close(fd);
+    return;
+  }
+  state_->procFd = fd;
+}
+
+ProcessTable::~ProcessTable() = default;
+
+std::vector<int32_t> ProcessTable::pids() {
+  std::vector<int32_t> pids;
+  if (!state_->proc) return pids;
+  rewinddir(state_->proc);
+  while (const dirent* entry = readdir(state_->proc)) {
+    int32_t pid = 0;
+    const char* name = entry->d_name;
+    const char* end = name;
+    while (*end >= '0' && *end <= '9' && pid <= 99'999'999) pid = pid * 10 + (*end++ - '0');
+    if (end != name && *end == '\0') pids.push_back(pid);
+  }
+  return pids;
+}
+
+std::optional<ProcessStats> ProcessTable::stats(int32_t pid) {
+  State& s = *state_;
+  if (!s.mayBeOwn(pid)) return std::nullopt;
+  const auto statusText = readAt(s.procFd, s.path(pid, "status"), s.buffer);
+  if (!statusText) return std::nullopt;
+  const StatusFields status = parseStatus(*statusText);
+  if (status.realUid != s.uid) return std::nullopt;
+  const auto statText = readAt(s.procFd, s.path(pid, "stat"), s.buffer);
+  if (!statText) return std::nullopt;
+  const auto stat = parseStat(*statText);
+  if (!stat) return std::nullopt;
+  const uint64_t ticksPerSecond = clock().ticksPerSecond;
+  ProcessStats stats;
+  stats.ppid = stat->ppid;
+  stats.started = dateFromTicks(stat->starttime);
+  stats.cpu = (stat->utime + stat->stime) * 1'000'000'000 / ticksPerSecond;
+  stats.footprint = (status.rssAnonKB + status.vmSwapKB) * 1024;
+  return stats;
+}
+
+std::vector<std::string> ProcessTable::args(int32_t pid) {
+  State& s = *state_;
+  const auto bytes = readAt(s.procFd, s.path(pid, "cmdline"), s.buffer);
+  return bytes ? splitAtNul(*bytes) : std::vector<std::string>();
+}
+
+std::optional<std::string> ProcessTable::executable(int32_t pid) {
+  State& s = *state_;
+  auto link = readLinkAt(s.procFd, s.path(pid, "exe"));
+  if (!link) return std::nullopt;
+  return std::string(withoutDeletedMark(*link));
+}
+
+std::optional<std::string> ProcessTable::workingDirectory(int32_t pid) {
+  State& s = *state_;
+  return readLinkAt(s.procFd, s.path(pid, "cwd"));
+}
+
+std::vector<TcpSocket> ProcessTable::tcpSockets(int32_t pid) {
+  State& s = *state_;
+  if (!s.sockets) {
+    s.sockets = readTcpTable(s.uid);
+    dropUncountableConnections(*s.sockets);
+  }
+  std::vector<TcpSocket> found;
+  if (s.allSocketsMatched()) return found;
+  const int fdDirectory = openat(s.procFd, s.path(pid, "fd"), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fdDirectory < 0) return found;
+  // The kernel lists fds until the next entry does not fit; an entry is at most 32 bytes, so a
+  // listing that leaves more room than that is complete, and the call that would return 0 is saved.
+  constexpr size_t room = 64;
+  while (true) {
+    const ssize_t length = getdents64(fdDirectory, s.entries.data(), s.entries.size());
+    if (length <= 0) break;
+    if (!s.matchFds(fdDirectory, static_cast<size_t>(length), found)) break;
+    if (static_cast<size_t>(length) + room <= s.entries.size()) break;
+  }
+  close(fdDirectory);
+  return found;
+}
+
+bool processGone(int32_t pid) {
+  if (pid < 1) return true;
+  char path[32];
+  std::snprintf(path, sizeof path, "/proc/%d/stat", pid);
+  std::vector<char> buffer(1024);
+  const auto text = readAt(AT_FDCWD, path, buffer);
+  if (!text) return true;
+  const auto stat = parseStat(*text);
+  return !stat || stat->state == 'Z' || stat->state == 'X';
+}
+
+std::optional<ProcessOwner> processOwner(int32_t pid) {
+  if (pid < 1) return std::nullopt;
+  char path[32];
+  std::snprintf(path, sizeof path, "/proc/%d", pid);
+  const int directory = open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (directory < 0) return std::nullopt;
+  std::vector<char> buffer(4096);
+  ProcessOwner owner;
+  bool known = false;
+  if (const auto status = readAt(directory, "status", buffer)) {
+    const StatusFields fields = parseStatus(*status);
+    known = fields.realUid.has_value();
+    owner.realUid = fields.realUid.value_or(0);
+  }
+  if (const auto exe = readLinkAt(directory, "exe")) owner.path = std::string(withoutDeletedMark(*exe));
+  close(directory);
+  if (!known) return std::nullopt;
+  return owner;
+}
+
+uint32_t currentUser() { return static_cast<uint32_t>(getuid()); }
+
+}  // namespace corvane::platform

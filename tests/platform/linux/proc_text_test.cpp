@@ -1,0 +1,57 @@
+#include "platform/linux/proc_text.h"
+
+#include <gmock/gmock.h>
+
+namespace corvane::platform::linux_proc {
+namespace {
+
+using ::testing::ElementsAre;
+
+TEST(ProcTextTest, StatFieldsCountFromTheLastParenthesis) {
+  const char* line =
+      "4121 (my (odd) name) x) S 4100 4121 4100 34816 4121 4194304 2051 0 0 0 1250 375 0 0 20 0 7 0 "
+      "987654 1234567 890 18446744073709551615 1 1 0 0 0 0 0 4096 0 0 0 0 17 1 0 0 0 0 0\n";
+  const auto stat = parseStat(line);
+  ASSERT_TRUE(stat);
+  EXPECT_EQ(stat->state, 'S');
+  EXPECT_EQ(stat->ppid, 4100);
+  EXPECT_EQ(stat->utime, 1250u);
+  EXPECT_EQ(stat->stime, 375u);
+  EXPECT_EQ(stat->starttime, 987654u);
+  EXPECT_EQ(parseStat("77 (zombie) Z 1 77 77 0 -1 4228172 0 0 0 0 0 0 0 0 20 0 1 0 555 0 0")->state, 'Z');
+  EXPECT_FALSE(parseStat("4121 (cut) S 4100 4121"));
+  EXPECT_FALSE(parseStat("no parenthesis at all"));
+  EXPECT_FALSE(parseStat(""));
+}
+
+TEST(ProcTextTest, StatusGivesRealUserAndPrivateMemory) {
+  const char* text =
+      "Name:\tnode\nUmask:\t0022\nState:\tS (sleeping)\nPid:\t4121\nUid:\t501\t0\t0\t0\nGid:\t20\t20\t20\t20\n"
+      "VmRSS:\t  204800 kB\nRssAnon:\t  150000 kB\nRssFile:\t   54800 kB\nVmSwap:\t    2048 kB\n";
+  const auto status = parseStatus(text);
+  EXPECT_EQ(status.realUid, 501u);
+  EXPECT_EQ(status.rssAnonKB, 150000u);
+  EXPECT_EQ(status.vmSwapKB, 2048u);
+  // A kernel thread has no memory lines.
+  const auto thread = parseStatus("Name:\tkworker/0:1\nUid:\t0\t0\t0\t0\nThreads:\t1\n");
+  EXPECT_EQ(thread.realUid, 0u);
+  EXPECT_EQ(thread.rssAnonKB, 0u);
+  EXPECT_FALSE(parseStatus("Name:\tx\n").realUid);
+}
+
+TEST(ProcTextTest, SmallReadings) {
+  EXPECT_THAT(splitAtNul(std::string_view("node\0server.js\0\0--port\0", 23)),
+              ElementsAre("node", "server.js", "", "--port"));
+  EXPECT_THAT(splitAtNul("title set by the process"), ElementsAre("title set by the process"));
+  EXPECT_TRUE(splitAtNul("").empty());
+  EXPECT_EQ(withoutDeletedMark("/usr/bin/node (deleted)"), "/usr/bin/node");
+  EXPECT_EQ(withoutDeletedMark("/usr/bin/node"), "/usr/bin/node");
+  EXPECT_EQ(socketInode("socket:[48213]"), 48213u);
+  for (const char* link : {"pipe:[48213]", "socket:[]", "socket:[12x]", "/dev/null", "socket:[1"})
+    EXPECT_FALSE(socketInode(link)) << link;
+  EXPECT_EQ(bootTime("cpu  1 2 3\nintr 5 6\nbtime 1772356500\nprocesses 900\n"), 1772356500);
+  EXPECT_FALSE(bootTime("cpu  1 2 3\n"));
+}
+
+}  // namespace
+}  // namespace corvane::platform::linux_proc

@@ -1,0 +1,248 @@
+// The reader against processes the tests start themselves.
+#include "snapshot/reader.h"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <csignal>
+#include <filesystem>
+#include <netinet/in.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <thread>
+#include <unistd.h>
+
+#include <gmock/gmock.h>
+
+#include "platform/process_table.h"
+#include "support/child_process.h"
+#include "support/run_program.h"
+
+namespace corvane {
+namespace {
+
+using testing_support::ChildProcess;
+using ::testing::ElementsAre;
+
+// A TCP socket that closes when the test ends.
+struct Socket {
+  explicit Socket(int family) : fd(socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0)) {}
+  explicit Socket(int accepted, bool) : fd(accepted) {}
+  ~Socket() {
+    if (fd >= 0) close(fd);
+  }
+  Socket(const Socket&) = delete;
+  int fd;
+};
+
+// Listens on loopback, or on every address for a dual-stack IPv6 socket; the port, 0 on failure.
+uint16_t listenOn(const Socket& s, int family, uint16_t port, bool v6Only = true) {
+  sockaddr_in v4{};
+  sockaddr_in6 v6{};
+  v4.sin_family = AF_INET;
+  v4.sin_port = htons(port);
+  v4.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  v6.sin6_family = AF_INET6;
+  v6.sin6_port = htons(port);
+  v6.sin6_addr = v6Only ? in6addr_loopback : in6addr_any;
+  int only = v6Only ? 1 : 0;
+  if (family == AF_INET6) setsockopt(s.fd, IPPROTO_IPV6, IPV6_V6ONLY, &only, sizeof only);
+  auto* address = family == AF_INET6 ? reinterpret_cast<sockaddr*>(&v6) : reinterpret_cast<sockaddr*>(&v4);
+  socklen_t length = family == AF_INET6 ? sizeof v6 : sizeof v4;
+  if (bind(s.fd, address, length) != 0 || listen(s.fd, 16) != 0) return 0;
+  getsockname(s.fd, address, &length);
+  return ntohs(family == AF_INET6 ? v6.sin6_port : v4.sin_port);
+}
+
+bool connectTo(const Socket& s, uint16_t port) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(port);
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  return connect(s.fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+}
+
+uint16_t freePort() { return listenOn(Socket(AF_INET), AF_INET, 0); }
+
+bool waitUntilListening(uint16_t port) {
+  for (int attempt = 0; attempt < 200; ++attempt) {
+    if (connectTo(Socket(AF_INET), port)) return true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  return false;
+}
+
+const Proc* find(const Snapshot& snapshot, pid_t pid) {
+  for (const auto& proc : snapshot.procs)
+    if (proc.pid == pid) return &proc;
+  return nullptr;
+}
+
+TEST(ReaderTest, HttpServerInATemporaryProject) {
+  const std::string python = testing_support::systemPython();
+  if (python.empty()) GTEST_SKIP() << "no python3";
+  const std::string project = std::filesystem::canonical(testing_support::makeTempDir("project"));
+  const uint16_t port = freePort();
+  const std::vector<std::string> args{"python3", "-m", "http.server", std::to_string(port), "--bind", "127.0.0.1"};
+  const Date before = now();
+  ChildProcess server(python, args, project);
+  ASSERT_GT(server.pid(), 0);
+  ASSERT_TRUE(waitUntilListening(port));
+
+  ArgsCache cache;
+  const Snapshot snapshot = corvane::snapshot(cache);
+  const Proc* proc = find(snapshot, server.pid());
+  ASSERT_NE(proc, nullptr);
+  EXPECT_EQ(proc->ppid, getpid());
+  EXPECT_EQ(proc->args, args);
+  EXPECT_EQ(proc->path, std::filesystem::canonical(python).string());
+  EXPECT_EQ(proc->name, lastPathComponent(proc->path));
+  EXPECT_EQ(proc->cwd, project);
+  EXPECT_THAT(proc->listening, ElementsAre(port));
+  EXPECT_EQ(proc->inbound, 0);
+  EXPECT_GT(proc->footprint, 0u);
+  EXPECT_GT(proc->cpu, 0u);
+  EXPECT_FALSE(proc->responsible);
+  // Start times come in clock ticks after a boot time of whole seconds.
+  EXPECT_GE(proc->started, before - std::chrono::seconds(1));
+  EXPECT_LE(proc->started, snapshot.taken);
+  EXPECT_TRUE(std::is_sorted(snapshot.procs.begin(), snapshot.procs.end(),
+                             [](const Proc& a, const Proc& b) { return a.pid < b.pid; }));
+  const Proc* self = find(snapshot, getpid());
+  ASSERT_NE(self, nullptr);
+  EXPECT_EQ(self->ppid, getppid());
+}
+
+TEST(ReaderTest, InboundCountsAcceptedConnectionsNotOutgoingOnes) {
+  const std::string python = testing_support::systemPython();
+  if (python.empty()) GTEST_SKIP() << "no python3";
+  Socket database(AF_INET);
+  const uint16_t databasePort = listenOn(database, AF_INET, 0);
+  ASSERT_NE(databasePort, 0);
+  const char* script =
+      "import socket, sys, time\n"
+      "server = socket.socket()\n"
+      "server.bind(('127.0.0.1', 0))\n"
+      "server.listen(8)\n"
+      "print(server.getsockname()[1], flush=True)\n"
+      "outgoing = socket.create_connection(('127.0.0.1', int(sys.argv[1])))\n"
+      "accepted = [server.accept()[0] for _ in range(3)]\n"
+      "print('ready', flush=True)\n"
+      "time.sleep(60)\n";
+  ChildProcess server(python, {"python3", "-c", script, std::to_string(databasePort)});
+  ASSERT_GT(server.pid(), 0);
+  const std::string portLine = server.readLine();
+  ASSERT_FALSE(portLine.empty());
+  const auto port = static_cast<uint16_t>(std::stoi(portLine));
+  Socket clients[] = {Socket(AF_INET), Socket(AF_INET), Socket(AF_INET)};
+  for (const auto& client : clients) ASSERT_TRUE(connectTo(client, port));
+  ASSERT_EQ(server.readLine(), "ready");
+
+  ArgsCache cache;
+  const Snapshot snapshot = corvane::snapshot(cache);
+  const Proc* proc = find(snapshot, server.pid());
+  ASSERT_NE(proc, nullptr);
+  EXPECT_THAT(proc->listening, ElementsAre(port));
+  EXPECT_EQ(proc->inbound, 3);
+}
+
+TEST(ReaderTest, PortOverIPv4AndIPv6CountsOnce) {
+  Socket v4(AF_INET), v6(AF_INET6), dualStack(AF_INET6);
+  const uint16_t port = listenOn(v4, AF_INET, 0);
+  ASSERT_NE(port, 0);
+  if (v6.fd < 0 || listenOn(v6, AF_INET6, port) != port) GTEST_SKIP() << "no IPv6 loopback";
+  // A dual-stack listener and its IPv4 connection show in the IPv6 table only.
+  const uint16_t dualPort = listenOn(dualStack, AF_INET6, 0, false);
+  ASSERT_NE(dualPort, 0);
+  Socket client(AF_INET);
+  ASSERT_TRUE(connectTo(client, dualPort));
+  Socket accepted(accept4(dualStack.fd, nullptr, nullptr, SOCK_CLOEXEC), true);
+  ASSERT_GE(accepted.fd, 0);
+
+  ArgsCache cache;
+  const Snapshot snapshot = corvane::snapshot(cache);
+  const Proc* self = find(snapshot, getpid());
+  ASSERT_NE(self, nullptr);
+  EXPECT_EQ(std::count(self->listening.begin(), self->listening.end(), port), 1);
+  EXPECT_EQ(std::count(self->listening.begin(), self->listening.end(), dualPort), 1);
+  EXPECT_EQ(self->inbound, 1);
+}
+
+TEST(ReaderTest, ArgsCacheHoldsExactlyTheProcessesOfTheLastSnapshot) {
+  ChildProcess sleeper("/bin/sleep", {"sleep", "60"});
+  ASSERT_GT(sleeper.pid(), 0);
+  const int32_t vanished = 0x7ffffff0;  // above any pid_max
+  ArgsCache cache;
+  cache[sleeper.pid()] = CachedArgs{Date{}, {"an earlier process with this pid"}};
+  cache[vanished] = CachedArgs{Date{}, {"gone"}};
+
+  Snapshot snapshot = corvane::snapshot(cache);
+  const Proc* proc = find(snapshot, sleeper.pid());
+  ASSERT_NE(proc, nullptr);
+  EXPECT_THAT(proc->args, ElementsAre("sleep", "60"));
+  ASSERT_TRUE(cache.contains(sleeper.pid()));
+  EXPECT_EQ(cache[sleeper.pid()].started, proc->started);
+  EXPECT_EQ(cache[sleeper.pid()].args, proc->args);
+  EXPECT_FALSE(cache.contains(vanished));
+  EXPECT_EQ(cache.size(), snapshot.procs.size());
+  for (const auto& p : snapshot.procs) EXPECT_TRUE(cache.contains(p.pid)) << p.pid;
+
+  // With the start time matching, the arguments are taken from the cache and not read again.
+  cache[sleeper.pid()].args = {"cached"};
+  snapshot = corvane::snapshot(cache);
+  proc = find(snapshot, sleeper.pid());
+  ASSERT_NE(proc, nullptr);
+  EXPECT_THAT(proc->args, ElementsAre("cached"));
+}
+
+TEST(ReaderTest, ZombieIsRecordedWithEmptyReadings) {
+  ChildProcess zombie([] {});
+  ASSERT_GT(zombie.pid(), 0);
+  for (int i = 0; i < 200 && !platform::processGone(zombie.pid()); ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  ArgsCache cache;
+  const Snapshot snapshot = corvane::snapshot(cache);
+  const Proc* proc = find(snapshot, zombie.pid());
+  ASSERT_NE(proc, nullptr);
+  EXPECT_TRUE(proc->args.empty());
+  EXPECT_EQ(proc->path, "");
+  EXPECT_EQ(proc->name, "");
+  EXPECT_EQ(proc->cwd, "/");
+  EXPECT_TRUE(proc->listening.empty());
+}
+
+TEST(ReaderTest, OnlyTheUsersOwnProcesses) {
+  const uid_t user = getuid();
+  std::vector<pid_t> others;
+  std::vector<std::unique_ptr<ChildProcess>> children;
+  if (user == 0) {
+    // Another user throughout, and another real user behind root as the effective one (whose /proc
+    // entry shows root, like a setuid program's).
+    for (const uid_t effective : {65534, 0}) {
+      children.push_back(std::make_unique<ChildProcess>([effective] {
+        if (setresgid(65534, 65534, 65534) != 0 || setresuid(65534, effective, effective) != 0) _exit(1);
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        pause();
+      }));
+      others.push_back(children.back()->pid());
+    }
+  } else if (const auto owner = platform::processOwner(1); owner && owner->realUid != user) {
+    others.push_back(1);
+  }
+  for (const pid_t other : others)
+    for (int i = 0; i < 200 && platform::processOwner(other) && platform::processOwner(other)->realUid == user; ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+
+  ArgsCache cache;
+  const Snapshot snapshot = corvane::snapshot(cache);
+  for (const pid_t other : others) {
+    EXPECT_EQ(find(snapshot, other), nullptr) << other;
+    const auto owner = platform::processOwner(other);
+    ASSERT_TRUE(owner) << other;
+    EXPECT_NE(owner->realUid, user);
+  }
+  for (const auto& proc : snapshot.procs)
+    if (const auto owner = platform::processOwner(proc.pid)) EXPECT_EQ(owner->realUid, user) << proc.pid;
+}
+
+}  // namespace
+}  // namespace corvane
