@@ -1,11 +1,11 @@
 #include "scanner/json_lines.h"
 
-#include "scanner/utf8.h"
+#include "snapshot/utf8.h"
 
 namespace corvane {
 
 std::vector<nlohmann::json> parseJSONLines(std::string_view bytes) {
-  const std::string text = decodeUTF8Lossy(bytes);
+  const std::string text = repairedUTF8(bytes);
   std::vector<nlohmann::json> objects;
   size_t start = 0;
   while (start <= text.size()) {

@@ -9,7 +9,7 @@
 #include "platform/paths.h"
 #include "platform/tool_locations.h"
 #include "scanner/tools.h"
-#include "scanner/utf8.h"
+#include "snapshot/utf8.h"
 
 namespace corvane {
 
@@ -73,7 +73,7 @@ std::string trimmed(const std::string& text) {
 std::optional<std::string> lookUpInLoginShell(const std::string& shell, std::string_view tool) {
   const auto result = run(shell, {"-lc", "command -v " + std::string(tool)}, lookupTimeoutSeconds);
   if (!result || result->status != 0) return std::nullopt;
-  std::string path = trimmed(decodeUTF8Lossy(result->data));
+  std::string path = trimmed(repairedUTF8(result->data));
   if (!platform::isExecutableFile(path)) return std::nullopt;
   return path;
 }
