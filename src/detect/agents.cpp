@@ -10,8 +10,8 @@ namespace corvane {
 
 std::optional<std::string_view> agentDisplayName(const Proc& proc) {
   if (auto name = lookup(agentNames, proc.name)) return name;
-  if (proc.args.empty()) return std::nullopt;
-  if (auto name = lookup(agentNames, lastComponent(proc.args[0]))) return name;
+  if (!proc.args.empty())
+    if (auto name = lookup(agentNames, lastComponent(proc.args[0]))) return name;
   // Claude Code's native installs keep each version in a folder of its own, named for the version.
   if (contains(proc.path, "/claude/versions/")) return "Claude Code";
   if (proc.name.starts_with("codex-")) return "Codex";
