@@ -8,13 +8,17 @@ Detection::Detection(World w) : world(std::move(w)) {
   const auto& list = world.snapshot.procs;
   procs.reserve(list.size());
   children.reserve(list.size());
-  all.reserve(list.size());
+  // Sorting the pids beside their records spares a pointer chase per comparison.
+  std::vector<std::pair<int32_t, const Proc*>> byPid;
+  byPid.reserve(list.size());
   for (const Proc& p : list) {
     procs.emplace(p.pid, &p);
     children[p.ppid].push_back(p.pid);
-    all.push_back(&p);
+    byPid.emplace_back(p.pid, &p);
   }
-  std::sort(all.begin(), all.end(), [](const Proc* a, const Proc* b) { return a->pid < b->pid; });
+  std::sort(byPid.begin(), byPid.end());
+  all.reserve(byPid.size());
+  for (const auto& [pid, p] : byPid) all.push_back(p);
 }
 
 const Proc* Detection::proc(int32_t pid) const {
