@@ -35,7 +35,7 @@ int32_t Detection::launchRoot(const Proc& proc) const {
   // A chain is never longer than the table; a ppid cycle would otherwise be climbed forever.
   for (size_t steps = 0; steps < all.size(); ++steps) {
     const Proc* parent = this->proc(current->ppid);
-    if (!parent) break;
+    if (!parent || parent == current || parent == &proc) break;
     if (parent->pid < 2 || parent->cwd != proc.cwd || isClaimed(parent->pid)) break;
     if (agentDisplayName(*parent) || isAppPath(parent->path)) break;
     if (contains(terminalTools, parent->name)) break;

@@ -1,4 +1,4 @@
-// Whole machines: every row a realistic snapshot yields, and what each row owns.
+// Whole machines: every row a realistic snapshot yields and what each row owns.
 #include <set>
 
 #include <gmock/gmock.h>
@@ -10,246 +10,152 @@
 namespace corvane {
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::UnorderedElementsAre;
+using ::testing::ElementsAreArray;
+using ::testing::UnorderedElementsAreArray;
 using testing::findItem;
 using testing::idsOf;
 using testing::loadWorld;
 
-constexpr const char* phone = "sim:8C1F4A2E-5B3D-4E6F-9A7B-1C2D3E4F5A6B";
-constexpr const char* pad = "sim:D4E5F6A7-B8C9-4DAE-8F01-23456789ABCD";
-constexpr const char* previews = "sim:3F2E1D0C-BA98-4765-8432-10FEDCBA9876";
+using Pids = std::vector<int32_t>;
+using Ports = std::vector<uint16_t>;
+using Name = std::optional<std::string>;
 
-// A pid belongs to one row at most, whatever the snapshot looks like.
-void expectEachPidOnce(const std::vector<Item>& items) {
-  std::set<int32_t> seen;
-  for (const auto& item : items)
-    for (const int32_t pid : item.pids) EXPECT_TRUE(seen.insert(pid).second) << pid << " in " << item.id;
-}
-
-class MacLaptopTest : public ::testing::Test {
- protected:
-  World world = loadWorld("macos_laptop.json");
-  std::vector<Item> items = detect(world);
-
-  const Item& row(const std::string& id) {
-    const Item* item = findItem(items, id);
-    if (!item) ADD_FAILURE() << "no row " << id;
-    static const Item none;
-    return item ? *item : none;
-  }
+struct Row {
+  std::string id, key, title;
+  Pids pids;  // the root first, the rest in any order
+  uint64_t memory;
+  Ports ports;
+  Name startedBy = std::nullopt;
+  std::optional<int32_t> agentPID = std::nullopt;
+  bool guarded = false;
 };
 
-TEST_F(MacLaptopTest, RowsComeInPipelineOrder) {
-  EXPECT_THAT(idsOf(items),
-              ElementsAre(phone, pad, previews, "simapp:630", "avd:711", "docker:Docker Desktop",
-                          "container:4f3c2b1a0e9d", "container:7a6b5c4d3e2f", "container:1e2d3c4b5a69",
-                          "container:9f8e7d6c5b4a", "kotlin:730", "gradle:720", "xcode:510", "xcode:511",
-                          "bundler:1001", "db:1100", "tunnel:1200", "tunnel:1210", "server:903", "server:952",
-                          "server:1311", "agent:951"));
-  expectEachPidOnce(items);
+void expectRows(const std::vector<Item>& items, const std::vector<Row>& rows) {
+  std::vector<std::string> ids;
+  for (const auto& row : rows) ids.push_back(row.id);
+  EXPECT_THAT(idsOf(items), ElementsAreArray(ids));
+  std::set<int32_t> owned;
+  for (const auto& item : items)
+    for (const int32_t pid : item.pids) EXPECT_TRUE(owned.insert(pid).second) << pid << " owned twice";
+
+  for (const auto& row : rows) {
+    const Item* item = findItem(items, row.id);
+    if (!item) continue;
+    SCOPED_TRACE(row.id);
+    EXPECT_EQ(item->key, row.key);
+    EXPECT_EQ(item->title, row.title);
+    EXPECT_THAT(item->pids, UnorderedElementsAreArray(row.pids));
+    if (!row.pids.empty() && !item->pids.empty()) EXPECT_EQ(item->pids.front(), row.pids.front());
+    EXPECT_EQ(item->memory, row.memory);
+    EXPECT_EQ(item->ports, row.ports);
+    EXPECT_EQ(item->startedBy, row.startedBy);
+    EXPECT_EQ(item->agentPID, row.agentPID);
+    EXPECT_EQ(item->guarded, row.guarded);
+    EXPECT_EQ(item->counted, item->kind != Item::Kind::container);
+  }
 }
 
-TEST_F(MacLaptopTest, SimulatorsOwnEverythingInsideTheDevice) {
-  const Item& sim = row(phone);
-  EXPECT_EQ(sim.title, "iPhone 16 Pro");
-  EXPECT_EQ(sim.key, sim.id);
-  EXPECT_THAT(sim.pids, UnorderedElementsAre(600, 601, 602, 603));
-  EXPECT_EQ(sim.pids.front(), 600);
-  EXPECT_EQ(sim.memory, 400'000'000u);
-  EXPECT_EQ(sim.stop, Stop::simulator("8C1F4A2E-5B3D-4E6F-9A7B-1C2D3E4F5A6B", false));
-  EXPECT_FALSE(sim.cwd);
-  // The app inside the device listens with a working directory, yet it is the device's.
-  EXPECT_THAT(sim.ports, ElementsAre(8100));
-  EXPECT_EQ(row(pad).title, "iPad Air 13-inch (M2)");
-  EXPECT_EQ(row(previews).title, "Xcode Previews · iPhone 16");
-  EXPECT_EQ(row(previews).stop, Stop::simulator("3F2E1D0C-BA98-4765-8432-10FEDCBA9876", true));
+const std::string phone = "8C1F4A2E-5B3D-4E6F-9A7B-1C2D3E4F5A6B";
+const std::string pad = "D4E5F6A7-B8C9-4DAE-8F01-23456789ABCD";
+const std::string preview = "3F2E1D0C-BA98-4765-8432-10FEDCBA9876";
 
-  const Item& app = row("simapp:630");
-  EXPECT_EQ(app.key, "simulator-app");
-  EXPECT_EQ(app.title, "Simulator app");
-  EXPECT_EQ(app.stop, Stop::signal());
-}
+TEST(MacLaptopTest, Rows) {
+  const World world = loadWorld("macos_laptop.json");
+  const auto items = detect(world);
+  expectRows(items, {
+      {"sim:" + phone, "sim:" + phone, "iPhone 16 Pro", {600, 601, 602, 603}, 400'000'000, {8100}},
+      {"sim:" + pad, "sim:" + pad, "iPad Air 13-inch (M2)", {610, 611}, 260'000'000, {}},
+      {"sim:" + preview, "sim:" + preview, "Xcode Previews · iPhone 16", {620, 621}, 160'000'000, {}},
+      {"simapp:630", "simulator-app", "Simulator app", {630}, 120'000'000, {}},
+      {"avd:711", "avd:Pixel_8_API_35", "Pixel 8 API 35", {711, 712}, 3'005'000'000, {5554, 5555, 8554},
+       "Android Studio"},
+      // The backend publishes the containers' ports; an engine's title never shows one.
+      {"docker:Docker Desktop", "docker:Docker Desktop", "Docker Desktop", {801, 802, 803, 804, 810},
+       4'380'000'000, {5433, 6379, 8080}},
+      {"container:4f3c2b1a0e9d", "container:shop-db-1", "shop-db-1", {}, 61'000'000, {}, {}, {}, true},
+      {"container:7a6b5c4d3e2f", "container:shop-redis-1", "shop-redis-1", {}, 9'000'000, {}, {}, {}, true},
+      {"container:1e2d3c4b5a69", "container:shop-web-1", "shop-web-1", {}, 12'000'000, {}},
+      {"container:9f8e7d6c5b4a", "container:buildx_buildkit_default", "buildx_buildkit_default", {}, 30'000'000, {}},
+      // The Kotlin daemon runs under the Gradle daemon's JVM, which lives in Android Studio's bundle.
+      {"kotlin:730", "kotlin", "Kotlin daemon", {730}, 900'000'000, {17031}, "Android Studio"},
+      {"gradle:720", "gradle 8.7", "Gradle daemon 8.7", {720}, 1'800'000'000, {52011}},
+      {"xcode:510", "xcode:SourceKitService", "SourceKitService", {510}, 800'000'000, {}, {}, {}, true},
+      {"xcode:511", "xcode:XCBBuildService", "XCBBuildService", {511}, 300'000'000, {}, {}, {}, true},
+      {"bundler:1001", "bundler:/Users/ann/mobile:Metro", "Metro :8081", {1001, 1002, 1003}, 301'000'000, {8081}},
+      {"db:1100", "db:postgres", "PostgreSQL :5432", {1100, 1101, 1102, 1103, 1104}, 40'000'000, {5432}, {}, {},
+       true},
+      {"tunnel:1200", "tunnel:kubectl port-forward svc/api 9090:80 -n dev", "kubectl port-forward svc/api 9090:80",
+       {1200}, 45'000'000, {9090}},
+      // ngrok listens in a project folder: a tunnel, not a dev server.
+      {"tunnel:1210", "tunnel:ngrok http 3000", "ngrok", {1210}, 35'000'000, {4040}},
+      // npm run dev from an interactive zsh: the row starts at npm.
+      {"server:903", "server:/Users/ann/shop:Next.js", "Next.js :3000", {903, 904, 905, 906, 907}, 811'000'000,
+       {3000}},
+      // Started by Claude Code through its zsh -c: the climb stops below the agent.
+      {"server:952", "server:/Users/ann/blog:Vite", "Vite :5173", {952, 953, 954, 955, 956}, 254'000'000,
+       {5173, 24678}, "Claude Code", 951},
+      {"server:1311", "server:/Users/ann/api:Django", "Django :8000", {1311, 1312}, 110'000'000, {8000}, "VS Code"},
+      {"agent:951", "agent:/Users/ann/blog", "Claude Code", {951, 957}, 460'000'000, {}, {}, {}, true},
+  });
 
-TEST_F(MacLaptopTest, EmulatorAndDaemons) {
-  const Item& avd = row("avd:711");
-  EXPECT_EQ(avd.key, "avd:Pixel_8_API_35");
-  EXPECT_EQ(avd.title, "Pixel 8 API 35");
-  EXPECT_EQ(avd.stop, Stop::emulator("emulator-5554"));
-  EXPECT_THAT(avd.pids, ElementsAre(711, 712));
-  EXPECT_EQ(avd.memory, 3'005'000'000u);
-  EXPECT_EQ(avd.startedBy, "Android Studio");
-  EXPECT_FALSE(avd.agentPID);
-
-  // The Kotlin daemon runs under the Gradle daemon and still gets its own row.
-  EXPECT_THAT(row("kotlin:730").pids, ElementsAre(730));
-  EXPECT_EQ(row("kotlin:730").key, "kotlin");
-  const Item& gradle = row("gradle:720");
-  EXPECT_EQ(gradle.key, "gradle 8.7");
-  EXPECT_EQ(gradle.title, "Gradle daemon 8.7");
-  EXPECT_THAT(gradle.pids, ElementsAre(720));
-  EXPECT_EQ(gradle.inbound, 1);
-  EXPECT_FALSE(gradle.cwd);
-
-  EXPECT_EQ(row("xcode:510").key, "xcode:SourceKitService");
-  EXPECT_TRUE(row("xcode:510").guarded);
-  EXPECT_TRUE(row("xcode:511").guarded);
-}
-
-TEST_F(MacLaptopTest, XcodeServicesAreUnguardedOnceXcodeQuits) {
-  std::erase_if(world.snapshot.procs, [](const Proc& p) { return p.name == "Xcode"; });
-  const auto after = detect(world);
-  EXPECT_FALSE(findItem(after, "xcode:510")->guarded);
-  EXPECT_FALSE(findItem(after, "xcode:511")->guarded);
-}
-
-TEST_F(MacLaptopTest, DockerDesktopOwnsItsVirtualMachine) {
-  const Item& docker = row("docker:Docker Desktop");
-  EXPECT_EQ(docker.key, "docker:Docker Desktop");
-  EXPECT_EQ(docker.title, "Docker Desktop");  // no port suffix though the backend listens
-  EXPECT_THAT(docker.pids, UnorderedElementsAre(801, 802, 803, 804, 810));
-  EXPECT_EQ(docker.pids.front(), 801);
-  EXPECT_EQ(docker.memory, 4'380'000'000u);
-  EXPECT_THAT(docker.ports, ElementsAre(5433, 6379, 8080));
-  EXPECT_FALSE(docker.stop);
-  EXPECT_TRUE(docker.counted);
-
-  const Item& db = row("container:4f3c2b1a0e9d");
-  EXPECT_EQ(db.key, "container:shop-db-1");
-  EXPECT_EQ(db.project, "shop");
-  EXPECT_TRUE(db.guarded);
-  EXPECT_FALSE(db.counted);
-  EXPECT_TRUE(db.pids.empty());
-  EXPECT_EQ(db.memory, 61'000'000u);
-  EXPECT_EQ(db.stop, Stop::containers({"4f3c2b1a0e9d"}));
-  EXPECT_TRUE(row("container:7a6b5c4d3e2f").guarded);
-  EXPECT_FALSE(row("container:1e2d3c4b5a69").guarded);
-  EXPECT_FALSE(row("container:9f8e7d6c5b4a").project);
-}
-
-TEST_F(MacLaptopTest, ProjectRows) {
-  const Item& metro = row("bundler:1001");
-  EXPECT_EQ(metro.key, "bundler:/Users/ann/mobile:Metro");
-  EXPECT_EQ(metro.title, "Metro :8081");
-  EXPECT_THAT(metro.pids, ElementsAre(1001, 1002, 1003));
-  EXPECT_EQ(metro.cwd, "/Users/ann/mobile");
-
-  const Item& postgres = row("db:1100");
-  EXPECT_EQ(postgres.key, "db:postgres");
-  EXPECT_EQ(postgres.title, "PostgreSQL :5432");
-  EXPECT_THAT(postgres.pids, UnorderedElementsAre(1100, 1101, 1102, 1103, 1104));
-  EXPECT_EQ(postgres.memory, 40'000'000u);
-  EXPECT_TRUE(postgres.guarded);
-  EXPECT_FALSE(postgres.cwd);
-
-  const Item& forward = row("tunnel:1200");
-  EXPECT_EQ(forward.title, "kubectl port-forward svc/api 9090:80");
-  EXPECT_EQ(forward.key, "tunnel:kubectl port-forward svc/api 9090:80 -n dev");
-  EXPECT_EQ(forward.cwd, "/Users/ann/infra");
-  // ngrok listens in a project folder: a tunnel, not a dev server, and without a port in its title.
-  EXPECT_EQ(row("tunnel:1210").title, "ngrok");
-  EXPECT_EQ(row("tunnel:1210").key, "tunnel:ngrok http 3000");
-
-  const Item& next = row("server:903");
-  EXPECT_EQ(next.title, "Next.js :3000");
-  EXPECT_EQ(next.key, "server:/Users/ann/shop:Next.js");
-  EXPECT_THAT(next.pids, ElementsAre(903, 904, 905, 906, 907));
-  EXPECT_EQ(next.memory, 811'000'000u);
+  const Item& next = *findItem(items, "server:903");
+  EXPECT_EQ(next.cwd, "/Users/ann/shop");
   EXPECT_EQ(next.inbound, 2);
-  EXPECT_FALSE(next.startedBy);
-  EXPECT_EQ(next.started, world.snapshot.procs[24].started);  // npm's, the root's
-
-  const Item& django = row("server:1311");
-  EXPECT_EQ(django.title, "Django :8000");
-  EXPECT_THAT(django.pids, ElementsAre(1311, 1312));
-  EXPECT_EQ(django.startedBy, "VS Code");
-  EXPECT_FALSE(django.agentPID);
+  EXPECT_EQ(next.started, world.snapshot.procs[24].started);  // npm's
+  EXPECT_EQ(next.stop, Stop::signal());
+  EXPECT_EQ(findItem(items, "sim:" + preview)->stop, Stop::simulator(preview, true));
+  EXPECT_EQ(findItem(items, "avd:711")->stop, Stop::emulator("emulator-5554"));
+  EXPECT_EQ(findItem(items, "container:4f3c2b1a0e9d")->stop, Stop::containers({"4f3c2b1a0e9d"}));
+  EXPECT_EQ(findItem(items, "container:4f3c2b1a0e9d")->project, "shop");
+  EXPECT_FALSE(findItem(items, "container:9f8e7d6c5b4a")->project);
+  EXPECT_FALSE(findItem(items, "docker:Docker Desktop")->stop);
+  EXPECT_FALSE(findItem(items, "db:1100")->cwd);
 }
 
-TEST_F(MacLaptopTest, ServerStartedByAnAgentIsARowOfItsOwn) {
-  const Item& vite = row("server:952");
-  EXPECT_EQ(vite.title, "Vite :5173");
-  EXPECT_THAT(vite.ports, ElementsAre(5173, 24678));
-  EXPECT_THAT(vite.pids, ElementsAre(952, 953, 954, 955, 956));
-  EXPECT_EQ(vite.startedBy, "Claude Code");
-  EXPECT_EQ(vite.agentPID, 951);
-
-  const Item& agent = row("agent:951");
-  EXPECT_EQ(agent.key, "agent:/Users/ann/blog");
-  EXPECT_EQ(agent.title, "Claude Code");
-  EXPECT_THAT(agent.pids, ElementsAre(951, 957));
-  EXPECT_EQ(agent.memory, 460'000'000u);
-  EXPECT_TRUE(agent.guarded);
-  EXPECT_EQ(agent.stop, Stop::signal());
-  EXPECT_EQ(agent.cwd, "/Users/ann/blog");
+TEST(MacLaptopTest, XcodeServicesAreUnguardedOnceXcodeQuits) {
+  World world = loadWorld("macos_laptop.json");
+  std::erase_if(world.snapshot.procs, [](const Proc& p) { return p.name == "Xcode"; });
+  const auto items = detect(world);
+  EXPECT_FALSE(findItem(items, "xcode:510")->guarded);
+  EXPECT_FALSE(findItem(items, "xcode:511")->guarded);
 }
 
 TEST(LinuxWorkstationTest, Rows) {
-  const auto items = detect(loadWorld("linux_workstation.json"));
-  EXPECT_THAT(idsOf(items), ElementsAre("avd:1201", "docker:Docker Engine", "gradle:1300", "server:1401",
-                                        "server:1506", "agent:1501"));
-  expectEachPidOnce(items);
-
-  const Item& avd = *findItem(items, "avd:1201");
-  EXPECT_EQ(avd.title, "Pixel 7 API 34");
-  EXPECT_EQ(avd.stop, Stop::emulator("emulator-5554"));
-  EXPECT_FALSE(avd.startedBy);
-
-  const Item& engine = *findItem(items, "docker:Docker Engine");
-  EXPECT_THAT(engine.pids, ElementsAre(1120, 1121));
-  EXPECT_EQ(engine.memory, 120'000'000u);
-
-  EXPECT_EQ(findItem(items, "gradle:1300")->title, "Gradle daemon 8.10.2");
-
-  const Item& node = *findItem(items, "server:1401");
-  EXPECT_EQ(node.title, "Node :8080");
-  EXPECT_EQ(node.key, "server:/home/dev/webapp:Node");
-  EXPECT_THAT(node.pids, ElementsAre(1401, 1402));
-  EXPECT_EQ(node.inbound, 3);
-
-  // Codex runs commands through "bash -lc", which is not "-c": the climb stops at the server.
-  const Item& python = *findItem(items, "server:1506");
-  EXPECT_EQ(python.title, "Python :8000");
-  EXPECT_THAT(python.pids, ElementsAre(1506));
-  EXPECT_EQ(python.startedBy, "Codex");
-  EXPECT_EQ(python.agentPID, 1501);
-
-  const Item& codex = *findItem(items, "agent:1501");
-  EXPECT_EQ(codex.key, "agent:/home/dev/api");
-  EXPECT_THAT(codex.pids, UnorderedElementsAre(1501, 1503, 1504, 1505));
+  expectRows(detect(loadWorld("linux_workstation.json")), {
+      {"avd:1201", "avd:Pixel_7_API_34", "Pixel 7 API 34", {1201}, 2'600'000'000, {5554, 5555}},
+      {"docker:Docker Engine", "docker:Docker Engine", "Docker Engine", {1120, 1121}, 120'000'000, {}},
+      {"gradle:1300", "gradle 8.10.2", "Gradle daemon 8.10.2", {1300}, 1'200'000'000, {38411}},
+      {"server:1401", "server:/home/dev/webapp:Node", "Node :8080", {1401, 1402}, 130'000'000, {8080}},
+      // Codex runs commands with "bash -lc", which is not "-c": the climb stops at the server.
+      {"server:1506", "server:/home/dev/api:Python", "Python :8000", {1506}, 20'000'000, {8000}, "Codex", 1501},
+      {"agent:1501", "agent:/home/dev/api", "Codex", {1501, 1503, 1504, 1505}, 248'000'000, {}, {}, {}, true},
+  });
 }
 
-TEST(BrokenTreeTest, CyclesMissingParentsAndEmptyFieldsEndInRows) {
+TEST(BrokenTreeTest, CyclesMissingParentsAndBlankFieldsStillGiveRows) {
   const auto items = detect(loadWorld("broken_tree.json"));
-  expectEachPidOnce(items);
-
-  const auto ids = idsOf(items);
-  EXPECT_THAT(ids, ::testing::Contains("db:2030"));           // parent missing
-  EXPECT_THAT(ids, ::testing::Contains("server:2011"));       // under a self-parented blank process
-  EXPECT_THAT(ids, ::testing::Contains("server:2020"));       // its own parent
-  EXPECT_THAT(ids, ::testing::Contains("gradle:2073"));
-  EXPECT_EQ(findItem(items, "gradle:2073")->title, "Gradle daemon");
+  const auto* ring = [&]() -> const Item* {
+    for (const auto& item : items)
+      if (item.key == "server:/home/dev/ring:Node") return &item;
+    return nullptr;
+  }();
+  ASSERT_TRUE(ring);
+  EXPECT_THAT(ring->pids, ::testing::UnorderedElementsAre(2060, 2061, 2062));
+  EXPECT_EQ(findItem(items, "server:2051")->startedBy, "Claude Code");  // agent and server parent each other
   EXPECT_EQ(findItem(items, "tunnel:2072")->title, "kubectl port-forward");
+  EXPECT_EQ(findItem(items, "gradle:2073")->title, "Gradle daemon");
   EXPECT_EQ(findItem(items, "bundler:2076")->title, "flutter run");
-
-  // The agent and the server form a ppid loop; each still gets its row.
-  EXPECT_EQ(findItem(items, "server:2051")->startedBy, "Claude Code");
-  EXPECT_THAT(findItem(items, "agent:2050")->pids, ElementsAre(2050));
-
-  // A three-process loop is one server row owning the whole loop.
-  const auto ring = std::find_if(items.begin(), items.end(), [](const Item& item) {
-    return item.key == "server:/home/dev/ring:Node";
-  });
-  ASSERT_NE(ring, items.end());
-  EXPECT_THAT(ring->pids, UnorderedElementsAre(2060, 2061, 2062));
-
-  // No launchd_sim UUID, "-avd" last, an engine VM responsible for itself, a blank listener: no rows.
+  for (const char* id : {"db:2030", "server:2011", "server:2020", "agent:2050"}) EXPECT_TRUE(findItem(items, id)) << id;
+  // No UUID, "-avd" last, a VM responsible for itself, a blank listener without a folder: no rows.
   for (const auto& item : items) {
     EXPECT_NE(item.kind, Item::Kind::simulator);
     EXPECT_NE(item.kind, Item::Kind::emulator);
     EXPECT_NE(item.kind, Item::Kind::docker);
     EXPECT_NE(item.id, "server:2040");
   }
+  std::set<int32_t> owned;
+  for (const auto& item : items)
+    for (const int32_t pid : item.pids) EXPECT_TRUE(owned.insert(pid).second) << pid;
 }
 
 }  // namespace

@@ -36,7 +36,7 @@ World loadWorld(const std::string& name) {
 }
 
 Proc makeProc(int32_t pid, int32_t ppid, const std::string& path, std::vector<std::string> args,
-              const std::string& cwd) {
+              const std::string& cwd, std::vector<uint16_t> listening) {
   Proc p;
   p.pid = pid;
   p.ppid = ppid;
@@ -44,6 +44,7 @@ Proc makeProc(int32_t pid, int32_t ppid, const std::string& path, std::vector<st
   p.name = lastPathComponent(path);
   p.args = std::move(args);
   p.cwd = cwd;
+  p.listening = std::move(listening);
   return p;
 }
 

@@ -1,8 +1,7 @@
 #pragma once
 // Worlds for the detection tests: JSON fixtures (a snapshot with "simulators" and "containers" beside
-// "procs"), and processes made in code for the small cases.
+// "procs") and processes made in code for the small cases.
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,8 +15,7 @@ World loadWorld(const std::string& name);
 
 // A process with the given parent, executable and arguments; the rest is blank or zero.
 Proc makeProc(int32_t pid, int32_t ppid, const std::string& path, std::vector<std::string> args = {},
-              const std::string& cwd = "/");
-
+              const std::string& cwd = "/", std::vector<uint16_t> listening = {});
 World worldOf(std::vector<Proc> procs);
 
 // The first item with that id, or null.
