@@ -67,20 +67,5 @@ TEST(EmulatorTest, SerialComesFromAnEvenConsolePort) {
   EXPECT_EQ(items[2].stop, Stop::emulator(std::nullopt));
 }
 
-TEST(DaemonTest, GradleVersionFollowsTheMainClass) {
-  const std::string java = "/usr/lib/jvm/bin/java";
-  const std::string gradle = "org.gradle.launcher.daemon.bootstrap.GradleDaemon";
-  const auto items = detect(worldOf({
-      makeProc(10, 1, java, {"java", "-cp", "g.jar", gradle, "8.7"}),
-      makeProc(11, 1, java, {"java", "-cp", "g.jar", gradle}),
-      makeProc(12, 1, java, {"java", "-cp", "g.jar", "GradleDaemon", "8.7"}),
-  }));
-  ASSERT_EQ(items.size(), 2u);
-  EXPECT_EQ(items[0].key, "gradle 8.7");
-  EXPECT_EQ(items[0].title, "Gradle daemon 8.7");
-  EXPECT_EQ(items[1].key, "gradle");
-  EXPECT_EQ(items[1].title, "Gradle daemon");
-}
-
 }  // namespace
 }  // namespace corvane

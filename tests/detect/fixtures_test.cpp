@@ -143,7 +143,8 @@ TEST(BrokenTreeTest, CyclesMissingParentsAndBlankFieldsStillGiveRows) {
   EXPECT_THAT(ring->pids, ::testing::UnorderedElementsAre(2060, 2061, 2062));
   EXPECT_EQ(findItem(items, "server:2051")->startedBy, "Claude Code");  // agent and server parent each other
   EXPECT_EQ(findItem(items, "tunnel:2072")->title, "kubectl port-forward");
-  EXPECT_EQ(findItem(items, "gradle:2073")->title, "Gradle daemon");
+  EXPECT_EQ(findItem(items, "gradle:2073")->title, "Gradle daemon");  // the class name is the last argument
+  EXPECT_EQ(findItem(items, "gradle:2073")->key, "gradle");
   EXPECT_EQ(findItem(items, "bundler:2076")->title, "flutter run");
   for (const char* id : {"db:2030", "server:2011", "server:2020", "agent:2050"}) EXPECT_TRUE(findItem(items, id)) << id;
   // No UUID, "-avd" last, a VM responsible for itself, a blank listener without a folder: no rows.

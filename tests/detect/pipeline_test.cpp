@@ -9,25 +9,12 @@
 namespace corvane {
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
-using ::testing::UnorderedElementsAre;
 using testing::findItem;
 using testing::makeProc;
 using testing::worldOf;
 
 const std::string node = "/opt/homebrew/bin/node";
 const std::string app = "/Users/ann/app";
-
-TEST(ClaimTest, ClaimsATreeOnceAndLookingClaimsNothing) {
-  Detection d(worldOf({makeProc(10, 1, "/bin/zsh"), makeProc(11, 10, node), makeProc(12, 11, node),
-                       makeProc(13, 10, node), makeProc(14, 13, node)}));
-  EXPECT_THAT(d.claim(13), ElementsAre(13, 14));
-  EXPECT_THAT(d.unclaimedDescendants(10), UnorderedElementsAre(11, 12));
-  EXPECT_FALSE(d.isClaimed(11));
-  EXPECT_THAT(d.claim(10), UnorderedElementsAre(10, 11, 12));
-  EXPECT_THAT(d.claim(12), IsEmpty());
-}
 
 TEST(LaunchRootTest, ClimbsThroughCommandShellsWithinOneFolder) {
   Detection d(worldOf({

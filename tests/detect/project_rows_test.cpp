@@ -37,30 +37,6 @@ TEST(BundlerTest, NamesFromTheCommandLine) {
   EXPECT_EQ(items[2].title, "Metro");
 }
 
-TEST(DatabaseTest, OnlyWorkersOfTheSameNameAreSkipped) {
-  const std::string postgres = "/usr/lib/postgresql/16/bin/postgres";
-  const auto items = detect(worldOf({
-      makeProc(10, 1, postgres, {"postgres", "-D", "/var/pg"}), makeProc(11, 10, postgres, {"postgres: walwriter"}),
-      // A cluster started by a script is a server, not a worker.
-      makeProc(20, 1, "/bin/sh", {"sh", "-c", "pg_ctl start"}), makeProc(21, 20, postgres, {"postgres"}),
-  }));
-  ASSERT_THAT(idsOf(items), ElementsAre("db:10", "db:21"));
-  EXPECT_THAT(items[0].pids, ElementsAre(10, 11));
-}
-
-TEST(TunnelTest, PortForwardTitleStopsTwoArgumentsAfterTheVerb) {
-  const std::string kubectl = "/usr/local/bin/kubectl";
-  const auto items = detect(worldOf({
-      makeProc(10, 1, kubectl, {"kubectl", "-n", "dev", "port-forward", "svc/api", "8080:80", "--address", "::"}),
-      makeProc(11, 1, kubectl, {"kubectl", "get", "pods", "-w"}),
-      makeProc(12, 1, "/opt/homebrew/bin/cloudflared", {"cloudflared", "tunnel", "run"}),
-  }));
-  ASSERT_THAT(idsOf(items), ElementsAre("tunnel:10", "tunnel:12"));
-  EXPECT_EQ(items[0].title, "kubectl port-forward svc/api 8080:80");
-  EXPECT_EQ(items[0].key, "tunnel:kubectl -n dev port-forward svc/api 8080:80 --address ::");
-  EXPECT_EQ(items[1].title, "cloudflared");
-}
-
 TEST(DevServerTest, WhatIsNoDevServer) {
   const auto items = detect(worldOf({
       makeProc(10, 1, "/usr/bin/node", {"node", "vite"}, project),
