@@ -16,7 +16,7 @@ Detection::Detection(World w) : world(std::move(w)) {
     children[p.ppid].push_back(p.pid);
     byPid.emplace_back(p.pid, &p);
   }
-  std::sort(byPid.begin(), byPid.end());
+  if (!std::is_sorted(byPid.begin(), byPid.end())) std::sort(byPid.begin(), byPid.end());
   all.reserve(byPid.size());
   for (const auto& [pid, p] : byPid) all.push_back(p);
 }
