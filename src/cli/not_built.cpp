@@ -13,7 +13,6 @@ int32_t notBuilt(const char* command) {
 
 }  // namespace
 
-int32_t statusCommand(bool) { return notBuilt("status"); }
 int32_t mcpCommand() { return notBuilt("mcp"); }
 
 }  // namespace corvane

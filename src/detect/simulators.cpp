@@ -2,6 +2,7 @@
 #include <string>
 
 #include "detect/classifiers.h"
+#include "detect/pipeline.h"
 #include "detect/text.h"
 
 namespace corvane {
@@ -22,20 +23,19 @@ bool udidAt(std::string_view text, size_t at) {
   return true;
 }
 
-// The device's UDID, from the device folder that launchd_sim is given.
-std::optional<std::string> deviceUDID(std::string_view text) {
-  for (size_t at = text.find('/'); at != std::string_view::npos; at = text.find('/', at + 1))
-    if (udidAt(text, at)) return std::string(text.substr(at + 1, 36));
+}  // namespace
+
+std::optional<std::string> simulatorUDID(std::string_view argument) {
+  for (size_t at = argument.find('/'); at != std::string_view::npos; at = argument.find('/', at + 1))
+    if (udidAt(argument, at)) return std::string(argument.substr(at + 1, 36));
   return std::nullopt;
 }
-
-}  // namespace
 
 void addSimulators(Detection& d) {
   // Nothing can be claimed before this step, so there is no claimed test.
   for (const Proc* p : d.all) {
     if (p->name != "launchd_sim" || p->args.size() < 2) continue;
-    const auto udid = deviceUDID(p->args[1]);
+    const auto udid = simulatorUDID(p->args[1]);
     if (!udid) continue;
     const bool previews = contains(p->args[1], "/Previews/");
     const auto known = d.world.simulators.find(*udid);
