@@ -3,7 +3,6 @@
 #include <vector>
 
 #include "cli/commands.h"
-#include "cli/json_output.h"
 #include "cli/outcome_output.h"
 #include "cli/output.h"
 #include "cli/settled_scan.h"

@@ -17,29 +17,21 @@ using testing_support::writeScript;
 TEST(RelaunchTest, EachRecordThroughItsTool) {
   const std::string dir = testing_support::makeTempDir("relaunch");
   const std::string log = dir + "/log";
-  const std::string logs = "echo \"$0 $@\" >> " + log + "\n";
-  Tools tools;
-  tools.paths["xcrun"] = writeScript(dir + "/xcrun", logs);
-  tools.paths["docker"] = writeScript(dir + "/docker", logs);
-  tools.paths["emulator"] = writeScript(dir + "/emulator", logs);
+  Tools tools, broken, elsewhere;
+  for (const char* tool : {"xcrun", "docker", "emulator"}) {
+    tools.paths[tool] = writeScript(dir + "/" + tool, "echo \"$0 $@\" >> " + log + "\n");
+    broken.paths[tool] = writeScript(dir + "/broken-" + tool, "exit 1\n");
+  }
+  broken.paths["emulator"] = dir + "/missing";
+  elsewhere.paths["adb"] = tools.paths["xcrun"];
 
   EXPECT_TRUE(Undo::boot("UDID-1").perform(tools));
   EXPECT_TRUE(Undo::start({"a1", "b2"}).perform(tools));
   EXPECT_TRUE(Undo::avd("Pixel_8").perform(tools));
-  // The emulator is left running on its own; give it a moment to write its line.
+  // The emulator is left to run on its own; give it a moment to write its line.
   for (int i = 0; i < 200 && readFile(log).find("-avd") == std::string::npos; ++i) usleep(10'000);
   EXPECT_EQ(readFile(log), dir + "/xcrun simctl boot UDID-1\n" + dir + "/docker start a1 b2\n" + dir +
                                "/emulator -avd Pixel_8\n");
-}
-
-TEST(RelaunchTest, FailsWithoutTheToolOrWhenItFails) {
-  const std::string dir = testing_support::makeTempDir("relaunch");
-  Tools broken;
-  broken.paths["xcrun"] = writeScript(dir + "/xcrun", "exit 1\n");
-  broken.paths["docker"] = writeScript(dir + "/docker", "exit 1\n");
-  broken.paths["emulator"] = dir + "/missing";
-  Tools elsewhere;
-  elsewhere.paths["adb"] = writeScript(dir + "/adb", "exit 0\n");
 
   for (const Undo& undo : {Undo::boot("UDID-1"), Undo::start({"a1"}), Undo::avd("Pixel_8")}) {
     EXPECT_FALSE(undo.perform(broken));
