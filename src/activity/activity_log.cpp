@@ -8,6 +8,7 @@
 
 #include "platform/file_lock.h"
 #include "platform/paths.h"
+#include "cli/json_output.h"
 #include "platform/uuid.h"
 
 namespace corvane {
@@ -23,21 +24,7 @@ void createDirectoryOf(const std::string& path) {
 
 // Compact, with "/" escaped as "\/" like the desktop app's encoder; absent when the entry can't be encoded
 // (a string that isn't valid UTF-8).
-std::optional<std::string> encodeLine(const Activity& entry) {
-  std::string text;
-  try {
-    text = toJSON(entry).dump();
-  } catch (const nlohmann::json::exception&) {
-    return std::nullopt;
-  }
-  std::string escaped;
-  escaped.reserve(text.size() + 8);
-  for (char c : text) {
-    if (c == '/') escaped += '\\';
-    escaped += c;
-  }
-  return escaped;
-}
+std::optional<std::string> encodeLine(const Activity& entry) { return encodeCompactJSON(toJSON(entry)); }
 
 std::optional<std::string> readFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);

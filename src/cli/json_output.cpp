@@ -2,12 +2,14 @@
 
 namespace corvane {
 
-std::string encodeJSON(const nlohmann::json& value) {
+namespace {
+
+std::optional<std::string> encode(const nlohmann::json& value, int indent) {
   std::string text;
   try {
-    text = value.dump(2);
+    text = value.dump(indent);
   } catch (const nlohmann::json::exception&) {
-    return {};
+    return std::nullopt;
   }
   // A "/" can only stand inside a string in JSON text, so escaping every one is safe.
   std::string escaped;
@@ -18,5 +20,11 @@ std::string encodeJSON(const nlohmann::json& value) {
   }
   return escaped;
 }
+
+}  // namespace
+
+std::optional<std::string> encodeCompactJSON(const nlohmann::json& value) { return encode(value, -1); }
+
+std::string encodeJSON(const nlohmann::json& value) { return encode(value, 2).value_or(std::string()); }
 
 }  // namespace corvane

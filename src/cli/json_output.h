@@ -1,11 +1,16 @@
 #pragma once
-// The command line's JSON: pretty, sorted keys, "/" written as "\/"; empty text when encoding fails.
+// JSON as the platform's encoder writes it by default: sorted keys, "/" written as "\/", UTF-8.
+#include <optional>
 #include <string>
 
 #include <nlohmann/json.hpp>
 
 namespace corvane {
 
+// Compact; absent when the value holds text that isn't UTF-8.
+std::optional<std::string> encodeCompactJSON(const nlohmann::json& value);
+
+// The command line's JSON: pretty printed; empty text when encoding fails.
 std::string encodeJSON(const nlohmann::json& value);
 
 }  // namespace corvane

@@ -13,7 +13,6 @@ int32_t notBuilt(const char* command) {
 
 }  // namespace
 
-int32_t statusCommand(bool) { return notBuilt("status"); }
 int32_t stopCommand(const std::string&, bool, bool, bool, bool) { return notBuilt("stop"); }
 int32_t freeCommand(double, bool, bool) { return notBuilt("free"); }
 int32_t mcpCommand() { return notBuilt("mcp"); }

@@ -2,6 +2,7 @@
 // The classification run: a World in, the rows of the dev stack out.
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "detect/item.h"
@@ -13,6 +14,9 @@ std::vector<Item> detect(const World& world);
 
 // The display name of the coding agent a process is, if it is one.
 std::optional<std::string> agentName(const Proc& proc);
+
+// The upper-case UDID between two slashes in the device path that launchd_sim is given.
+std::optional<std::string> simulatorUDID(std::string_view argument);
 
 // A path inside an application bundle that is not one of the in-app toolchains.
 bool isAppPath(const std::string& path);

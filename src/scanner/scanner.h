@@ -57,7 +57,4 @@ class Scanner {
 // A Docker engine runs: an engine process in the snapshot, or (on Linux) a Docker socket.
 bool dockerEngineRunning(const Snapshot& snapshot);
 
-// The upper-case UDID between two slashes in a simulator's launchd_sim argument.
-std::optional<std::string> simulatorUDID(const std::string& argument);
-
 }  // namespace corvane

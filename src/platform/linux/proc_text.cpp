@@ -66,7 +66,9 @@ StatusFields parseStatus(std::string_view text) {
     if (colon == std::string_view::npos) continue;
     const std::string_view key = line.substr(0, colon);
     const std::string_view rest = line.substr(colon + 1);
-    if (key == "Uid") {
+    if (key == "Name") {
+      status.name = std::string(skipBlanks(rest));
+    } else if (key == "Uid") {
       status.realUid = number<uint32_t>(skipBlanks(rest));
     } else if (key == "RssAnon") {
       status.rssAnonKB = leadingNumber(rest);

@@ -22,6 +22,7 @@ std::optional<StatFields> parseStat(std::string_view text);
 
 // The fields of /proc/PID/status that corvane uses. Kernel threads have no memory lines (0 then).
 struct StatusFields {
+  std::string name;                 // "Name:", the command name (at most 15 bytes)
   std::optional<uint32_t> realUid;  // first number of "Uid:"
   uint64_t rssAnonKB = 0;
   uint64_t vmSwapKB = 0;

@@ -75,6 +75,8 @@ Date dateFromTicks(uint64_t ticksAfterBoot) {
 struct ProcessTable::State {
   DIR* proc = nullptr;
   int procFd = -1;
+  int32_t commPid = 0;  // the process whose command name `comm` holds, from its last status read
+  std::string comm;
   uint32_t uid = 0;
   std::vector<char> buffer = std::vector<char>(4096);
   std::vector<char> entries = std::vector<char>(8192);
@@ -100,6 +102,20 @@ struct ProcessTable::State {
     struct stat info;
     if (procFd < 0 || fstatat(procFd, path(pid, ""), &info, 0) != 0) return false;
     return info.st_uid == uid || info.st_uid == 0;
+  }
+
+  // A multi-call program shows the name it was started under, as the same program does on a Mac:
+  // Debian's redis-server is a link to redis-check-rdb beside it. The link wins only when it leads to
+  // the very file the kernel runs; a command name of 15 bytes may be cut short and is not trusted.
+  std::string startedAs(int32_t pid, std::string exe) {
+    const size_t slash = exe.rfind('/');
+    if (comm.empty() || comm.size() >= 15 || slash == std::string::npos || exe.compare(slash + 1, std::string::npos, comm) == 0)
+      return exe;
+    const std::string link = exe.substr(0, slash + 1) + comm;
+    struct stat running, named;
+    if (fstatat(procFd, path(pid, "exe"), &running, 0) != 0 || stat(link.c_str(), &named) != 0) return exe;
+    if (running.st_dev != named.st_dev || running.st_ino != named.st_ino) return exe;
+    return link;
   }
 
   bool allSocketsMatched() const { return sockets && matched.size() == sockets->size(); }
@@ -158,8 +174,10 @@ std::optional<ProcessStats> ProcessTable::stats(int32_t pid) {
   if (!s.mayBeOwn(pid)) return std::nullopt;
   const auto statusText = readAt(s.procFd, s.path(pid, "status"), s.buffer);
   if (!statusText) return std::nullopt;
-  const StatusFields status = parseStatus(*statusText);
+  StatusFields status = parseStatus(*statusText);
   if (status.realUid != s.uid) return std::nullopt;
+  s.commPid = pid;
+  s.comm = std::move(status.name);
   const auto statText = readAt(s.procFd, s.path(pid, "stat"), s.buffer);
   if (!statText) return std::nullopt;
   const auto stat = parseStat(*statText);
@@ -183,7 +201,9 @@ std::optional<std::string> ProcessTable::executable(int32_t pid) {
   State& s = *state_;
   auto link = readLinkAt(s.procFd, s.path(pid, "exe"));
   if (!link) return std::nullopt;
-  return std::string(withoutDeletedMark(*link));
+  std::string exe(withoutDeletedMark(*link));
+  if (s.commPid != pid) return exe;
+  return s.startedAs(pid, std::move(exe));
 }
 
 std::optional<std::string> ProcessTable::workingDirectory(int32_t pid) {

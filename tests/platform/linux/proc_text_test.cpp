@@ -29,6 +29,7 @@ TEST(ProcTextTest, StatusGivesRealUserAndPrivateMemory) {
       "Name:\tnode\nUmask:\t0022\nState:\tS (sleeping)\nPid:\t4121\nUid:\t501\t0\t0\t0\nGid:\t20\t20\t20\t20\n"
       "VmRSS:\t  204800 kB\nRssAnon:\t  150000 kB\nRssFile:\t   54800 kB\nVmSwap:\t    2048 kB\n";
   const auto status = parseStatus(text);
+  EXPECT_EQ(status.name, "node");
   EXPECT_EQ(status.realUid, 501u);
   EXPECT_EQ(status.rssAnonKB, 150000u);
   EXPECT_EQ(status.vmSwapKB, 2048u);

@@ -1,0 +1,31 @@
+#pragma once
+// The steps of a classification run, in the files named for them. Each walks `all` once.
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "detect/detection.h"
+
+namespace corvane {
+
+void addSimulators(Detection& d);
+void addSimulatorApps(Detection& d);
+void addEmulators(Detection& d);
+void addDockerEngines(Detection& d);
+void addContainers(Detection& d);
+void addKotlinDaemons(Detection& d);
+void addGradleDaemons(Detection& d);
+void addXcodeServices(Detection& d);
+// Keeps agent processes out of the generic classifiers; returns them in pid order.
+std::vector<int32_t> reserveAgents(Detection& d);
+void addBundlers(Detection& d);
+void addDatabases(Detection& d);
+void addTunnels(Detection& d);
+void addDevServers(Detection& d);
+void addAgents(Detection& d, const std::vector<int32_t>& reserved);
+
+// agentName without a copy: the view is of a static table.
+std::optional<std::string_view> agentDisplayName(const Proc& proc);
+
+}  // namespace corvane

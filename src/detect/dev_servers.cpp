@@ -1,0 +1,82 @@
+// Dev servers of any framework: a process of a project that listens on a port, with what launched it.
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <string>
+
+#include "detect/classifiers.h"
+#include "detect/pipeline.h"
+#include "detect/tables.h"
+#include "detect/text.h"
+
+namespace corvane {
+
+namespace {
+
+// Words seen in a server's command lines, tried in this order; the first one present names the server.
+constexpr std::array<NamePair, 24> serverNames = {{
+    {"next", "Next.js"},      {"vite", "Vite"},       {"nuxt", "Nuxt"},
+    {"nuxi", "Nuxt"},         {"astro", "Astro"},     {"remix", "Remix"},
+    {"storybook", "Storybook"}, {"webpack", "webpack"}, {"webpack-dev-server", "webpack"},
+    {"wrangler", "Wrangler"}, {"vercel", "Vercel"},   {"netlify", "Netlify"},
+    {"firebase", "Firebase"}, {"convex", "Convex"},   {"rails", "Rails"},
+    {"puma", "Rails"},        {"runserver", "Django"}, {"uvicorn", "uvicorn"},
+    {"gunicorn", "gunicorn"}, {"flask", "Flask"},     {"hugo", "Hugo"},
+    {"jekyll", "Jekyll"},     {"artisan", "Laravel"}, {"phx.server", "Phoenix"},
+}};
+
+constexpr std::array<NamePair, 6> runtimeNames = {{
+    {"node", "Node"}, {"bun", "Bun"}, {"deno", "Deno"}, {"ruby", "Ruby"}, {"java", "Java"}, {"php", "PHP"},
+}};
+
+// The system's own listeners live here; they are never a developer's server.
+constexpr std::array<std::string_view, 4> systemPrefixes = {"/System/", "/usr/libexec/", "/usr/sbin/",
+                                                            "/Library/Apple/"};
+
+bool isDevServer(const Proc& p) {
+  if (p.listening.empty() || isAppPath(p.path)) return false;
+  if (p.cwd.empty() || p.cwd == "/") return false;
+  return std::none_of(systemPrefixes.begin(), systemPrefixes.end(),
+                      [&](std::string_view prefix) { return p.path.starts_with(prefix); });
+}
+
+void lowercase(std::string_view text, std::string& into) {
+  into.assign(text);
+  for (char& c : into) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+}
+
+std::string serverName(const Detection& d, const std::vector<int32_t>& pids, const Proc& listener) {
+  size_t best = serverNames.size();
+  std::string word;
+  for (const int32_t pid : pids) {
+    const Proc* p = d.proc(pid);
+    if (!p) continue;
+    for (const auto& arg : p->args) {
+      lowercase(lastComponent(arg), word);
+      // Next.js retitles its server process "next-server (vX.Y.Z)".
+      if (word.starts_with("next-server")) return "Next.js";
+      for (size_t i = 0; i < best; ++i)
+        if (serverNames[i].first == word) best = i;
+    }
+  }
+  if (best < serverNames.size()) return std::string(serverNames[best].second);
+  lowercase(listener.name, word);
+  if (word.starts_with("python")) return "Python";
+  return std::string(lookup(runtimeNames, listener.name).value_or(listener.name));
+}
+
+}  // namespace
+
+void addDevServers(Detection& d) {
+  for (const Proc* p : d.all) {
+    if (d.isClaimed(p->pid) || !isDevServer(*p)) continue;
+    const int32_t root = d.launchRoot(*p);
+    std::vector<int32_t> tree = d.unclaimedDescendants(root);
+    tree.insert(tree.begin(), root);
+    const std::string name = serverName(d, tree, *p);
+    d.add(Item::Kind::server, "server:" + std::to_string(root), "server:" + p->cwd + ":" + name, name, root, p->cwd,
+          Stop::signal(), false);
+  }
+}
+
+}  // namespace corvane

@@ -1,0 +1,163 @@
+// Whole machines: every row a realistic snapshot yields and what each row owns.
+#include <set>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "detect/pipeline.h"
+#include "detect/world_fixture.h"
+
+namespace corvane {
+namespace {
+
+using ::testing::ElementsAreArray;
+using ::testing::UnorderedElementsAreArray;
+using testing::findItem;
+using testing::idsOf;
+using testing::loadWorld;
+
+using Pids = std::vector<int32_t>;
+using Ports = std::vector<uint16_t>;
+using Name = std::optional<std::string>;
+
+struct Row {
+  std::string id, key, title;
+  Pids pids;  // the root first, the rest in any order
+  uint64_t memory;
+  Ports ports;
+  Name startedBy = std::nullopt;
+  std::optional<int32_t> agentPID = std::nullopt;
+  bool guarded = false;
+};
+
+void expectRows(const std::vector<Item>& items, const std::vector<Row>& rows) {
+  std::vector<std::string> ids;
+  for (const auto& row : rows) ids.push_back(row.id);
+  EXPECT_THAT(idsOf(items), ElementsAreArray(ids));
+  std::set<int32_t> owned;
+  for (const auto& item : items)
+    for (const int32_t pid : item.pids) EXPECT_TRUE(owned.insert(pid).second) << pid << " owned twice";
+
+  for (const auto& row : rows) {
+    const Item* item = findItem(items, row.id);
+    if (!item) continue;
+    SCOPED_TRACE(row.id);
+    EXPECT_EQ(item->key, row.key);
+    EXPECT_EQ(item->title, row.title);
+    EXPECT_THAT(item->pids, UnorderedElementsAreArray(row.pids));
+    if (!row.pids.empty() && !item->pids.empty()) EXPECT_EQ(item->pids.front(), row.pids.front());
+    EXPECT_EQ(item->memory, row.memory);
+    EXPECT_EQ(item->ports, row.ports);
+    EXPECT_EQ(item->startedBy, row.startedBy);
+    EXPECT_EQ(item->agentPID, row.agentPID);
+    EXPECT_EQ(item->guarded, row.guarded);
+    EXPECT_EQ(item->counted, item->kind != Item::Kind::container);
+  }
+}
+
+const std::string phone = "8C1F4A2E-5B3D-4E6F-9A7B-1C2D3E4F5A6B";
+const std::string pad = "D4E5F6A7-B8C9-4DAE-8F01-23456789ABCD";
+const std::string preview = "3F2E1D0C-BA98-4765-8432-10FEDCBA9876";
+
+TEST(MacLaptopTest, Rows) {
+  const World world = loadWorld("macos_laptop.json");
+  const auto items = detect(world);
+  expectRows(items, {
+      {"sim:" + phone, "sim:" + phone, "iPhone 16 Pro", {600, 601, 602, 603}, 400'000'000, {8100}},
+      {"sim:" + pad, "sim:" + pad, "iPad Air 13-inch (M2)", {610, 611}, 260'000'000, {}},
+      {"sim:" + preview, "sim:" + preview, "Xcode Previews · iPhone 16", {620, 621}, 160'000'000, {}},
+      {"simapp:630", "simulator-app", "Simulator app", {630}, 120'000'000, {}},
+      {"avd:711", "avd:Pixel_8_API_35", "Pixel 8 API 35", {711, 712}, 3'005'000'000, {5554, 5555, 8554},
+       "Android Studio"},
+      // The backend publishes the containers' ports; an engine's title never shows one.
+      {"docker:Docker Desktop", "docker:Docker Desktop", "Docker Desktop", {801, 802, 803, 804, 810},
+       4'380'000'000, {5433, 6379, 8080}},
+      {"container:4f3c2b1a0e9d", "container:shop-db-1", "shop-db-1", {}, 61'000'000, {}, {}, {}, true},
+      {"container:7a6b5c4d3e2f", "container:shop-redis-1", "shop-redis-1", {}, 9'000'000, {}, {}, {}, true},
+      {"container:1e2d3c4b5a69", "container:shop-web-1", "shop-web-1", {}, 12'000'000, {}},
+      {"container:9f8e7d6c5b4a", "container:buildx_buildkit_default", "buildx_buildkit_default", {}, 30'000'000, {}},
+      // The Kotlin daemon runs under the Gradle daemon's JVM, which lives in Android Studio's bundle.
+      {"kotlin:730", "kotlin", "Kotlin daemon", {730}, 900'000'000, {17031}, "Android Studio"},
+      {"gradle:720", "gradle 8.7", "Gradle daemon 8.7", {720}, 1'800'000'000, {52011}},
+      {"xcode:510", "xcode:SourceKitService", "SourceKitService", {510}, 800'000'000, {}, {}, {}, true},
+      {"xcode:511", "xcode:XCBBuildService", "XCBBuildService", {511}, 300'000'000, {}, {}, {}, true},
+      {"bundler:1001", "bundler:/Users/ann/mobile:Metro", "Metro :8081", {1001, 1002, 1003}, 301'000'000, {8081}},
+      {"db:1100", "db:postgres", "PostgreSQL :5432", {1100, 1101, 1102, 1103, 1104}, 40'000'000, {5432}, {}, {},
+       true},
+      {"tunnel:1200", "tunnel:kubectl port-forward svc/api 9090:80 -n dev", "kubectl port-forward svc/api 9090:80",
+       {1200}, 45'000'000, {9090}},
+      // ngrok listens in a project folder: a tunnel, not a dev server.
+      {"tunnel:1210", "tunnel:ngrok http 3000", "ngrok", {1210}, 35'000'000, {4040}},
+      // npm run dev from an interactive zsh: the row starts at npm.
+      {"server:903", "server:/Users/ann/shop:Next.js", "Next.js :3000", {903, 904, 905, 906, 907}, 811'000'000,
+       {3000}},
+      // Started by Claude Code through its zsh -c: the climb stops below the agent.
+      {"server:952", "server:/Users/ann/blog:Vite", "Vite :5173", {952, 953, 954, 955, 956}, 254'000'000,
+       {5173, 24678}, "Claude Code", 951},
+      {"server:1311", "server:/Users/ann/api:Django", "Django :8000", {1311, 1312}, 110'000'000, {8000}, "VS Code"},
+      {"agent:951", "agent:/Users/ann/blog", "Claude Code", {951, 957}, 460'000'000, {}, {}, {}, true},
+  });
+
+  const Item& next = *findItem(items, "server:903");
+  EXPECT_EQ(next.cwd, "/Users/ann/shop");
+  EXPECT_EQ(next.inbound, 2);
+  EXPECT_EQ(next.started, world.snapshot.procs[24].started);  // npm's
+  EXPECT_EQ(next.stop, Stop::signal());
+  EXPECT_EQ(findItem(items, "sim:" + preview)->stop, Stop::simulator(preview, true));
+  EXPECT_EQ(findItem(items, "avd:711")->stop, Stop::emulator("emulator-5554"));
+  EXPECT_EQ(findItem(items, "container:4f3c2b1a0e9d")->stop, Stop::containers({"4f3c2b1a0e9d"}));
+  EXPECT_EQ(findItem(items, "container:4f3c2b1a0e9d")->project, "shop");
+  EXPECT_FALSE(findItem(items, "container:9f8e7d6c5b4a")->project);
+  EXPECT_FALSE(findItem(items, "docker:Docker Desktop")->stop);
+  EXPECT_FALSE(findItem(items, "db:1100")->cwd);
+}
+
+TEST(MacLaptopTest, XcodeServicesAreUnguardedOnceXcodeQuits) {
+  World world = loadWorld("macos_laptop.json");
+  std::erase_if(world.snapshot.procs, [](const Proc& p) { return p.name == "Xcode"; });
+  const auto items = detect(world);
+  EXPECT_FALSE(findItem(items, "xcode:510")->guarded);
+  EXPECT_FALSE(findItem(items, "xcode:511")->guarded);
+}
+
+TEST(LinuxWorkstationTest, Rows) {
+  expectRows(detect(loadWorld("linux_workstation.json")), {
+      {"avd:1201", "avd:Pixel_7_API_34", "Pixel 7 API 34", {1201}, 2'600'000'000, {5554, 5555}},
+      {"docker:Docker Engine", "docker:Docker Engine", "Docker Engine", {1120, 1121}, 120'000'000, {}},
+      {"gradle:1300", "gradle 8.10.2", "Gradle daemon 8.10.2", {1300}, 1'200'000'000, {38411}},
+      {"server:1401", "server:/home/dev/webapp:Node", "Node :8080", {1401, 1402}, 130'000'000, {8080}},
+      // Codex runs commands with "bash -lc", which is not "-c": the climb stops at the server.
+      {"server:1506", "server:/home/dev/api:Python", "Python :8000", {1506}, 20'000'000, {8000}, "Codex", 1501},
+      {"agent:1501", "agent:/home/dev/api", "Codex", {1501, 1503, 1504, 1505}, 248'000'000, {}, {}, {}, true},
+  });
+}
+
+TEST(BrokenTreeTest, CyclesMissingParentsAndBlankFieldsStillGiveRows) {
+  const auto items = detect(loadWorld("broken_tree.json"));
+  const auto* ring = [&]() -> const Item* {
+    for (const auto& item : items)
+      if (item.key == "server:/home/dev/ring:Node") return &item;
+    return nullptr;
+  }();
+  ASSERT_TRUE(ring);
+  EXPECT_THAT(ring->pids, ::testing::UnorderedElementsAre(2060, 2061, 2062));
+  EXPECT_EQ(findItem(items, "server:2051")->startedBy, "Claude Code");  // agent and server parent each other
+  EXPECT_EQ(findItem(items, "tunnel:2072")->title, "kubectl port-forward");
+  EXPECT_EQ(findItem(items, "gradle:2073")->title, "Gradle daemon");  // the class name is the last argument
+  EXPECT_EQ(findItem(items, "gradle:2073")->key, "gradle");
+  EXPECT_EQ(findItem(items, "bundler:2076")->title, "flutter run");
+  for (const char* id : {"db:2030", "server:2011", "server:2020", "agent:2050"}) EXPECT_TRUE(findItem(items, id)) << id;
+  // No UUID, "-avd" last, a VM responsible for itself, a blank listener without a folder: no rows.
+  for (const auto& item : items) {
+    EXPECT_NE(item.kind, Item::Kind::simulator);
+    EXPECT_NE(item.kind, Item::Kind::emulator);
+    EXPECT_NE(item.kind, Item::Kind::docker);
+    EXPECT_NE(item.id, "server:2040");
+  }
+  std::set<int32_t> owned;
+  for (const auto& item : items)
+    for (const int32_t pid : item.pids) EXPECT_TRUE(owned.insert(pid).second) << pid;
+}
+
+}  // namespace
+}  // namespace corvane

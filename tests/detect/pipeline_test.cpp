@@ -1,0 +1,100 @@
+// The shared machinery of a run: claiming, the climb up a launch chain, launchers, agents, the builder.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "detect/detection.h"
+#include "detect/pipeline.h"
+#include "detect/world_fixture.h"
+
+namespace corvane {
+namespace {
+
+using testing::findItem;
+using testing::makeProc;
+using testing::worldOf;
+
+const std::string node = "/opt/homebrew/bin/node";
+const std::string app = "/Users/ann/app";
+
+TEST(LaunchRootTest, ClimbsThroughCommandShellsWithinOneFolder) {
+  Detection d(worldOf({
+      makeProc(10, 9, "/bin/zsh", {"-zsh"}, app),
+      makeProc(11, 10, node, {"npm run dev"}, app),
+      makeProc(12, 11, "/bin/sh", {"sh", "-c", "vite"}, app),
+      makeProc(13, 12, node, {"node", "vite"}, app),
+      // A zsh running a command line continues the chain, unless it runs in another folder.
+      makeProc(20, 19, "/bin/zsh", {"-zsh"}, "/Users/ann"),
+      makeProc(21, 20, "/bin/zsh", {"/bin/zsh", "-c", "npm run dev"}, app),
+      makeProc(22, 21, node, {"npm run dev"}, app),
+      makeProc(23, 21, "/bin/zsh", {"zsh", "-c", "x"}, "/Users/ann"),
+      makeProc(24, 23, node, {"npm run dev"}, app),
+      // Editors and multiplexers, apps, agents and claimed processes end the climb.
+      makeProc(30, 1, "/opt/homebrew/bin/tmux", {"tmux"}, app), makeProc(31, 30, node, {}, app),
+      makeProc(32, 1, "/Applications/Zed.app/Contents/MacOS/zed", {}, app), makeProc(33, 32, node, {}, app),
+      makeProc(34, 1, "/usr/local/bin/gemini", {"gemini"}, app), makeProc(35, 34, node, {}, app),
+      makeProc(36, 1, node, {}, app), makeProc(37, 36, node, {}, app),
+  }));
+  d.claimed.insert(36);
+  EXPECT_EQ(d.launchRoot(*d.proc(13)), 11);
+  EXPECT_EQ(d.launchRoot(*d.proc(22)), 21);
+  EXPECT_EQ(d.launchRoot(*d.proc(24)), 24);
+  for (const int32_t pid : {31, 33, 35, 37}) EXPECT_EQ(d.launchRoot(*d.proc(pid)), pid);
+}
+
+TEST(LauncherTest, NearestAgentOrApplicationAbove) {
+  Detection d(worldOf({
+      makeProc(10, 1, "/Applications/Visual Studio Code.app/Contents/MacOS/Electron"),
+      makeProc(11, 10, "/Applications/Visual Studio Code.app/Contents/Frameworks/Code Helper.app/Contents/MacOS/Code Helper"),
+      makeProc(12, 11, "/bin/zsh"),
+      // Homebrew's Python runs from an app bundle inside its framework: a tool, passed over.
+      makeProc(13, 12, "/opt/homebrew/Frameworks/Python.framework/Versions/3.12/Resources/Python.app/Contents/MacOS/Python"),
+      makeProc(14, 13, node),
+      makeProc(20, 1, "/Applications/Tools/Foo.app/Contents/MacOS/foo"),
+      makeProc(21, 20, node),
+      makeProc(30, 10, "/Users/ann/.local/share/claude/versions/2.0.14", {"claude"}),
+      makeProc(31, 30, "/bin/zsh", {"zsh", "-c", "make"}),
+      makeProc(32, 31, "/usr/bin/make"),
+  }));
+  EXPECT_EQ(d.launcher(14), (Launcher{"VS Code", std::nullopt}));
+  EXPECT_EQ(d.launcher(21), (Launcher{"Foo", std::nullopt}));
+  EXPECT_EQ(d.launcher(32), (Launcher{"Claude Code", 30}));
+  EXPECT_EQ(d.launcher(30), (Launcher{"VS Code", std::nullopt}));
+  EXPECT_EQ(d.launcher(10), Launcher{});
+}
+
+TEST(AgentNameTest, ByNameScriptOrInstall) {
+  const std::pair<Proc, std::optional<std::string>> cases[] = {
+      {makeProc(1, 0, "/opt/homebrew/bin/claude"), "Claude Code"},
+      {makeProc(1, 0, "/Users/ann/.local/share/claude/versions/2.0.14"), "Claude Code"},
+      {makeProc(1, 0, "/usr/local/bin/renamed", {"/usr/local/bin/gemini"}), "Gemini CLI"},
+      {makeProc(1, 0, "/opt/codex/codex-aarch64-apple-darwin"), "Codex"},
+      {makeProc(1, 0, node, {"node", "/Users/ann/.local/share/cursor-agent/versions/1/index.js"}), "Cursor Agent"},
+      {makeProc(1, 0, "/usr/bin/bun", {"bun", "/usr/lib/node_modules/@openai/codex/bin/codex"}), "Codex"},
+      {makeProc(1, 0, node, {"node"}), std::nullopt},
+      {makeProc(1, 0, node, {"node", "server.js"}), std::nullopt},
+      {makeProc(1, 0, "/usr/bin/python3", {"python3", "/usr/bin/claude"}), std::nullopt},
+      {makeProc(1, 0, "/usr/bin/Claude"), std::nullopt},
+      {makeProc(1, 0, ""), std::nullopt},
+  };
+  for (const auto& [proc, name] : cases) EXPECT_EQ(agentName(proc), name) << proc.path;
+}
+
+TEST(BuilderTest, TitleSuffixAndLauncherNamedLikeTheRow) {
+  const auto items = detect(worldOf({
+      makeProc(10, 9, node, {"npm exec expo start"}, "/m"),
+      makeProc(11, 10, node, {"node", "/m/node_modules/.bin/expo", "start"}, "/m", {19000}),
+      makeProc(12, 11, node, {"node", "metro-worker"}, "/m", {8081}),
+      makeProc(20, 9, node, {"node", "expo/bin/cli", "start"}, "/q"),
+      makeProc(30, 1, "/opt/homebrew/bin/redis-server", {"redis-server", "/tmp/r.sock"}),
+      // A Claude Code session started from the Claude app names no launcher.
+      makeProc(40, 1, "/Applications/Claude.app/Contents/MacOS/Claude"),
+      makeProc(41, 40, "/Applications/Claude.app/Contents/Resources/claude", {"claude"}, "/x"),
+  }));
+  EXPECT_EQ(findItem(items, "bundler:10")->title, "Expo :8081");
+  EXPECT_EQ(findItem(items, "bundler:20")->title, "Expo");
+  EXPECT_EQ(findItem(items, "db:30")->title, "Redis");
+  EXPECT_FALSE(findItem(items, "agent:41")->startedBy);
+}
+
+}  // namespace
+}  // namespace corvane

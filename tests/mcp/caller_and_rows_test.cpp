@@ -1,0 +1,96 @@
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "mcp/caller.h"
+#include "mcp/rows.h"
+
+namespace corvane::MCP {
+namespace {
+
+using nlohmann::json;
+
+Proc proc(int32_t pid, int32_t ppid, std::string path, std::vector<std::string> args = {}) {
+  Proc p;
+  p.pid = pid;
+  p.ppid = ppid;
+  p.path = std::move(path);
+  p.name = lastPathComponent(p.path);
+  p.args = args.empty() ? std::vector<std::string>{p.path} : std::move(args);
+  return p;
+}
+
+TEST(CallerTest, FindsTheAgentAboveTheServerUnlessAnAppIsInBetween) {
+  Snapshot s;
+  s.procs = {proc(100, 1, "/Users/ann/.local/bin/claude"), proc(200, 100, "/bin/zsh"),
+             proc(300, 200, "/usr/local/bin/corvane", {"corvane", "mcp"})};
+  auto found = caller(s, 300);
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->pid, 100);
+  EXPECT_EQ(found->name, "Claude Code");
+  EXPECT_EQ(callerLabel(found), "Claude Code via MCP");
+  EXPECT_EQ(callerLabel(std::nullopt), "An agent via MCP");
+
+  // An editor application between the server and the agent hides the agent.
+  s.procs[1] = proc(200, 100, "/Applications/Cursor.app/Contents/MacOS/Cursor");
+  EXPECT_FALSE(caller(s, 300));
+  // A Python inside a framework bundle is a tool, not an app.
+  s.procs[1] = proc(200, 100, "/Library/Frameworks/Python.framework/Versions/3.12/bin/python3");
+  EXPECT_TRUE(caller(s, 300));
+
+  EXPECT_FALSE(caller(s, 999));                      // not in the snapshot
+  s.procs = {proc(300, 400, "/x/corvane"), proc(400, 300, "/bin/sh")};
+  EXPECT_FALSE(caller(s, 300));                      // a ppid cycle ends the walk
+}
+
+Item item(std::string id, uint64_t memory, bool counted = true) {
+  Item i;
+  i.id = id;
+  i.key = id;
+  i.title = "T/" + id;
+  i.kind = counted ? Item::Kind::server : Item::Kind::container;
+  i.memory = memory;
+  i.counted = counted;
+  i.stop = Stop::signal();
+  i.pids = {1};
+  return i;
+}
+
+TEST(ListRunningTest, SnakeCaseRowsAndRoundedTotal) {
+  Item server = item("server:1", 1'249'999'999);
+  server.project = "shop";
+  server.startedBy = "Codex";
+  server.agentPID = 77;
+  server.ports = {3000};
+  Item container = item("container:ab", 2'000'000'000, false);
+  Item small = item("server:2", 1'000'001);
+  auto rows = rowsFor({server, container, small}, {{"server:2", "pinned"}}, 42);
+  json listing = json::parse(listRunningText(rows, Pressure::warning));
+
+  EXPECT_EQ(listing["pressure"], "warning");
+  EXPECT_DOUBLE_EQ(listing["dev_stack_gb"].get<double>(), 1.3);  // 1.251 GB counted; the container is not
+  ASSERT_EQ(listing["rows"].size(), 3u);
+  EXPECT_EQ(listing["rows"][0], json::parse(R"x({"id":"server:1","title":"T/server:1","kind":"server","project":"shop",
+      "memory_mb":1249,"ports":[3000],"started_by":"Codex","building":false,"can_stop":false,
+      "why_not":"started by another agent (Codex)"})x"));
+  EXPECT_EQ(listing["rows"][1]["memory_mb"], 2000);
+  EXPECT_EQ(listing["rows"][1]["can_stop"], true);
+  EXPECT_FALSE(listing["rows"][1].contains("why_not"));
+  EXPECT_EQ(listing["rows"][2]["why_not"], "pinned");
+  EXPECT_NE(listRunningText(rows, Pressure::normal).find("T\\/server:1"), std::string::npos);
+}
+
+TEST(ListRunningTest, QuietRows) {
+  Item busy = item("a", 1);
+  busy.cpu = 0.04;
+  EXPECT_TRUE(isQuiet(busy));
+  busy.inbound = 1;
+  EXPECT_FALSE(isQuiet(busy));
+  busy.idleSince = Date{};
+  EXPECT_TRUE(isQuiet(busy));
+  Item building = item("b", 1);
+  building.building = true;
+  EXPECT_FALSE(isQuiet(building));
+}
+
+}  // namespace
+}  // namespace corvane::MCP
