@@ -12,6 +12,8 @@
 
 namespace corvane {
 
+struct Tools;
+
 struct Undo {
   struct Boot {  // boot the simulator device again
     std::string udid;
@@ -34,6 +36,9 @@ struct Undo {
 
   template <class T>
   const T* as() const { return std::get_if<T>(&action); }
+
+  // Brings back what the record names, for the desktop app's undo; true when that worked.
+  bool perform(const Tools& tools) const;
 
   bool operator==(const Undo&) const = default;
 };

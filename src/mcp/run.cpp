@@ -1,9 +1,8 @@
 // What each tool does for the calling agent.
-#include <chrono>
 #include <set>
-#include <thread>
 
 #include "cli/outcome.h"
+#include "cli/settled_scan.h"
 #include "cli/stop_rows.h"
 #include "mcp/rows.h"
 #include "mcp/server.h"
@@ -17,11 +16,8 @@ namespace corvane::MCP {
 
 namespace {
 
-// Two scans two seconds apart, so CPU use and idleness reflect the last two seconds.
 std::vector<Row> scanRows(Scanner& scanner, std::optional<int32_t> agentPID) {
-  scanner.scan();
-  std::this_thread::sleep_for(std::chrono::seconds(2));
-  return rowsFor(scanner.scan(), readPins(), agentPID);
+  return rowsFor(settledScan(scanner), readPins(), agentPID);
 }
 
 std::string joinLines(const std::vector<Outcome>& outcomes) {

@@ -1,0 +1,73 @@
+// `corvane free <GB>`.
+#include <string>
+#include <vector>
+
+#include "cli/commands.h"
+#include "cli/outcome_output.h"
+#include "cli/output.h"
+#include "cli/settled_scan.h"
+#include "cli/status_report.h"
+#include "cli/stop_rows.h"
+#include "scanner/scanner.h"
+#include "stop/pins.h"
+#include "stop/planner.h"
+
+namespace corvane {
+
+namespace {
+
+// The rows `free` may consider: what the project rule would stop, and quiet.
+bool isCandidate(const Item& item, const Pins& pins) {
+  if (isPinned(pins, item) || !item.stop || item.guarded || item.building) return false;
+  return item.idleSince.has_value() || (item.cpu < 0.05 && item.inbound == 0);
+}
+
+uint64_t totalMemory(const std::vector<Item>& rows) {
+  uint64_t total = 0;
+  for (const Item& row : rows) total += row.memory;
+  return total;
+}
+
+}  // namespace
+
+int32_t freeCommand(double gigabytes, bool dryRun, bool json) {
+  const Tools tools = Tools::load({}, nullptr, userShell());
+  Scanner scanner(tools);
+  const std::vector<Item> items = settledScan(scanner);
+
+  const Pins pins = readPins();
+  std::vector<Item> candidates;
+  for (const Item& item : items)
+    if (isCandidate(item, pins)) candidates.push_back(item);
+
+  const double asked = gigabytes * 1e9;
+  const auto target = static_cast<uint64_t>(asked);
+  const std::vector<Item> plan = planFree(candidates, target);
+
+  if (plan.empty()) {
+    writeOut(json ? "[]\n" : "Nothing to free: no simulators, emulators or daemons that aren't pinned or building.\n");
+    return 2;
+  }
+
+  std::vector<Outcome> outcomes;
+  if (dryRun) {
+    for (const Item& row : plan) outcomes.push_back(makeOutcome(row, Outcome::State::wouldStop));
+  } else {
+    outcomes = stopRows(plan, false, "corvane free", tools);
+  }
+
+  if (json) {
+    writeOut(outcomesJSON(outcomes));
+    return exitCode(outcomes);
+  }
+  std::string text = outcomesText(outcomes);
+  // Measured against the plan, not against what the stops achieved.
+  const uint64_t planned = totalMemory(plan);
+  if (asked > static_cast<double>(planned))
+    text += "That's " + gigabyteText(planned) + " of the " + gigabyteText(target) +
+            " asked; the rest is in use, pinned or a database.\n";
+  writeOut(text);
+  return exitCode(outcomes);
+}
+
+}  // namespace corvane

@@ -1,0 +1,20 @@
+#pragma once
+// The stop routine shared by `stop`, `free` and the MCP tools: every row at once, each stop that
+// worked recorded in the activity log.
+#include <string>
+#include <vector>
+
+#include "cli/outcome.h"
+#include "detect/item.h"
+#include "scanner/tools.h"
+
+namespace corvane {
+
+// Stops the rows in parallel, one thread per row, never forcing past `force`, and returns one outcome
+// per row in the order the stops finished. The rows that stopped are appended to the activity log in
+// one go with `reason` ("corvane stop", "corvane free", "<agent> via MCP"); when none stopped the log
+// is not touched.
+std::vector<Outcome> stopRows(const std::vector<Item>& rows, bool force, const std::string& reason,
+                              const Tools& tools);
+
+}  // namespace corvane

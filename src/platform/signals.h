@@ -1,0 +1,31 @@
+#pragma once
+// Signals the stopper sends, and what this system keeps out of its reach.
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace corvane::platform {
+
+enum class StopSignal {
+  terminate,  // asks the process to end (SIGTERM)
+  kill,       // ends it at once (SIGKILL)
+};
+
+enum class SignalResult {
+  sent,
+  notPermitted,  // the system refused it (EPERM)
+  failed,        // anything else, such as a process that is already gone
+};
+
+SignalResult sendSignal(int32_t pid, StopSignal signal);
+
+int32_t ownPid();
+int32_t parentPid();
+
+// Path prefixes of the system's own programs, which are never signalled whoever owns them.
+const std::vector<std::string_view>& systemLocations();
+
+// The system's name as its users know it, for the message when it refuses every signal.
+std::string_view systemName();
+
+}  // namespace corvane::platform

@@ -1,0 +1,45 @@
+// Which processes the stopper may touch, and how it waits for them to go.
+#include <chrono>
+#include <thread>
+
+#include "platform/process_table.h"
+#include "platform/signals.h"
+#include "stop/stopper.h"
+
+namespace corvane::Stopper {
+
+namespace {
+
+constexpr auto pollInterval = std::chrono::milliseconds(200);
+
+bool inSystemLocation(const std::string& path) {
+  for (std::string_view prefix : platform::systemLocations())
+    if (path.starts_with(prefix)) return true;
+  return false;
+}
+
+}  // namespace
+
+bool mayStop(int32_t pid) {
+  if (pid < 2 || pid == platform::ownPid() || pid == platform::parentPid()) return false;
+  const auto owner = platform::processOwner(pid);
+  if (!owner || owner->realUid != platform::currentUser()) return false;
+  if (!owner->path || owner->path->empty()) return false;
+  return !inSystemLocation(*owner->path);
+}
+
+bool waitGone(const std::vector<int32_t>& pids, double seconds) {
+  const auto deadline = std::chrono::steady_clock::now() +
+                        std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+                            std::chrono::duration<double>(seconds));
+  std::vector<int32_t> left = pids;
+  while (true) {
+    // A pid found gone is not asked about again: by the next check it may belong to a new process.
+    std::erase_if(left, [](int32_t pid) { return platform::processGone(pid); });
+    if (left.empty()) return true;
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::sleep_for(pollInterval);
+  }
+}
+
+}  // namespace corvane::Stopper

@@ -1,0 +1,95 @@
+#include "stop/stopper.h"
+
+#include "platform/signals.h"
+
+namespace corvane::Stopper {
+
+namespace {
+
+constexpr double dockerTimeout = 20;
+constexpr double simctlTimeout = 30;
+constexpr double adbTimeout = 5;
+
+std::vector<int32_t> ownedProcesses(const Item& item) {
+  std::vector<int32_t> owned;
+  for (int32_t pid : item.pids)
+    if (mayStop(pid)) owned.push_back(pid);
+  return owned;
+}
+
+bool succeeded(const std::optional<Tools::Output>& output) { return output && output->status == 0; }
+
+Result waitFor(const std::vector<int32_t>& owned, double wait) {
+  return waitGone(owned, wait) ? Result::stopped() : Result::stillRunning();
+}
+
+Result notOurs(const Item& item) { return Result::failed(item.title + " belongs to the system or another user."); }
+
+// `docker stop` or `docker kill`: the tool's word is the whole answer, nothing is waited for.
+Result dockerCommand(const Stop::Containers& containers, const Tools& tools, const std::string& verb) {
+  const std::string* docker = tools.path("docker");
+  if (!docker) return Result::failed("docker not found.");
+  std::vector<std::string> arguments = {verb};
+  arguments.insert(arguments.end(), containers.ids.begin(), containers.ids.end());
+  if (succeeded(run(*docker, arguments, dockerTimeout))) return Result::stopped();
+  return Result::failed("docker " + verb + " failed.");
+}
+
+void signalAll(const std::vector<int32_t>& owned, platform::StopSignal signal) {
+  for (int32_t pid : owned) platform::sendSignal(pid, signal);
+}
+
+Result kill(const Item& item, const std::vector<int32_t>& owned, const Tools& tools, double wait) {
+  if (const auto* containers = item.stop->as<Stop::Containers>()) return dockerCommand(*containers, tools, "kill");
+  if (owned.empty()) return notOurs(item);
+  signalAll(owned, platform::StopSignal::kill);
+  return waitFor(owned, wait);
+}
+
+Result shutDownSimulator(const Item& item, const Stop::Simulator& simulator, const std::vector<int32_t>& owned,
+                         const Tools& tools, double wait) {
+  const std::string* xcrun = tools.path("xcrun");
+  if (!xcrun) return Result::failed("xcrun not found.");
+  std::vector<std::string> arguments = {"simctl"};
+  if (simulator.previews) arguments.insert(arguments.end(), {"--set", "previews"});
+  arguments.insert(arguments.end(), {"shutdown", simulator.udid});
+  if (!succeeded(run(*xcrun, arguments, simctlTimeout)))
+    return Result::failed("simctl couldn't shut down " + item.title + ".");
+  return waitFor(owned, wait);
+}
+
+// adb asks the emulator to quit; when that can't be done the emulator gets SIGTERM like any process.
+Result stopEmulator(const Stop::Emulator& emulator, const std::vector<int32_t>& owned, const Tools& tools,
+                    double wait) {
+  const std::string* adb = tools.path("adb");
+  const bool asked = adb && emulator.serial && succeeded(run(*adb, {"-s", *emulator.serial, "emu", "kill"}, adbTimeout));
+  if (!asked) signalAll(owned, platform::StopSignal::terminate);
+  return waitFor(owned, wait);
+}
+
+Result terminate(const Item& item, const std::vector<int32_t>& owned, double wait) {
+  if (owned.empty()) return notOurs(item);
+  bool delivered = false;
+  for (int32_t pid : owned)
+    if (platform::sendSignal(pid, platform::StopSignal::terminate) != platform::SignalResult::notPermitted)
+      delivered = true;
+  if (!delivered)
+    return Result::failed(std::string(platform::systemName()) + " doesn't let this version stop " + item.title +
+                          ". Stop it in Terminal.");
+  return waitFor(owned, wait);
+}
+
+}  // namespace
+
+Result stop(const Item& item, const Tools& tools, bool force, double wait) {
+  if (!item.stop) return Result::failed(item.title + " isn't stopped by Corvane.");
+  const auto owned = ownedProcesses(item);
+  if (force) return kill(item, owned, tools, wait);
+  if (const auto* simulator = item.stop->as<Stop::Simulator>())
+    return shutDownSimulator(item, *simulator, owned, tools, wait);
+  if (const auto* emulator = item.stop->as<Stop::Emulator>()) return stopEmulator(*emulator, owned, tools, wait);
+  if (const auto* containers = item.stop->as<Stop::Containers>()) return dockerCommand(*containers, tools, "stop");
+  return terminate(item, owned, wait);
+}
+
+}  // namespace corvane::Stopper

@@ -1,0 +1,43 @@
+#pragma once
+// Carries out the stop of one row once the policy allowed it: simulators through simctl, emulators
+// through adb, containers through docker, everything else by signal; with force, SIGKILL and
+// `docker kill`. Whatever the row says, it only ever signals the user's own processes outside the
+// system's locations, and never this program or its parent.
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "detect/item.h"
+#include "scanner/tools.h"
+
+namespace corvane::Stopper {
+
+struct Result {
+  enum class State {
+    stopped,       // the row's processes are gone, or the container tool reported success
+    stillRunning,  // the stop was sent, some process outlived the wait
+    failed,        // nothing was done, or the tool failed
+  };
+
+  State state = State::stopped;
+  std::string message;  // when failed: a complete sentence for the user
+
+  static Result stopped() { return {State::stopped, {}}; }
+  static Result stillRunning() { return {State::stillRunning, {}}; }
+  static Result failed(std::string message) { return {State::failed, std::move(message)}; }
+
+  bool operator==(const Result&) const = default;
+};
+
+// Stops `item` and, for processes, waits up to `wait` seconds for them to go.
+Result stop(const Item& item, const Tools& tools, bool force, double wait);
+
+// A process this program may signal: pid 2 or above, neither this program nor its parent, the real
+// user's own, with a readable executable outside the system's locations.
+bool mayStop(int32_t pid);
+
+// True once every pid has exited (a zombie counts as gone) within `seconds`. Checks before the
+// first pause, then every 200 ms.
+bool waitGone(const std::vector<int32_t>& pids, double seconds);
+
+}  // namespace corvane::Stopper

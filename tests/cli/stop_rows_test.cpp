@@ -1,0 +1,80 @@
+// The shared stop routine: rows in parallel, outcomes as they finish, one log append for what stopped.
+#include "cli/stop_rows.h"
+
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "activity/activity_log.h"
+#include "support/child_process.h"
+#include "support/fake_programs.h"
+#include "support/run_program.h"
+
+namespace corvane {
+namespace {
+
+using testing_support::writeScript;
+
+Item containerRow(const std::string& id, std::vector<std::string> containers) {
+  Item item;
+  item.id = "container:" + id;
+  item.kind = Item::Kind::container;
+  item.title = id;
+  item.memory = 300'000'000;
+  item.counted = false;
+  item.stop = Stop::containers(std::move(containers));
+  return item;
+}
+
+class StopRowsTest : public testing::Test {
+ protected:
+  void SetUp() override { std::filesystem::remove_all(std::filesystem::path(log.path).parent_path()); }
+  const ActivityLog log = ActivityLog::standard();
+};
+
+TEST_F(StopRowsTest, OutcomesInFinishingOrderAndOneEntryPerStop) {
+  const std::string dir = testing_support::makeTempDir("rows");
+  Tools tools;
+  // The slow container finishes last although it comes first.
+  tools.paths["docker"] = writeScript(dir + "/docker", "case \"$2\" in slow) sleep 1 ;; bad) exit 1 ;; esac\n");
+  testing_support::ChildProcess server("/bin/sleep", {"sleep", "60"});
+  Item process;
+  process.id = "server:" + std::to_string(server.pid());
+  process.title = "Python :8000";
+  process.pids = {server.pid()};
+  process.memory = 1'200'000'000;
+  process.stop = Stop::signal();
+
+  const auto outcomes = stopRows({containerRow("db", {"slow", "x"}), containerRow("web", {"bad"}), process}, false,
+                                 "corvane stop", tools);
+  ASSERT_EQ(outcomes.size(), 3u);
+  EXPECT_EQ(outcomes[2], makeOutcome(containerRow("db", {}), Outcome::State::stopped));
+  EXPECT_EQ(outcomes[2].memory, 0u);
+  const auto failed = makeOutcome(containerRow("web", {}), Outcome::State::failed, "docker stop failed.");
+  const auto stopped = makeOutcome(process, Outcome::State::stopped);
+  EXPECT_TRUE((outcomes[0] == failed && outcomes[1] == stopped) || (outcomes[0] == stopped && outcomes[1] == failed));
+
+  const auto entries = log.read();
+  ASSERT_EQ(entries.size(), 2u);
+  EXPECT_EQ(entries[0].title, "Python :8000");
+  EXPECT_EQ(entries[0].memory, 1'200'000'000u);
+  EXPECT_FALSE(entries[0].undo);
+  EXPECT_EQ(entries[1].title, "db");
+  EXPECT_EQ(entries[1].kind, Item::Kind::container);
+  EXPECT_EQ(entries[1].memory, 0u);
+  EXPECT_EQ(entries[1].undo, Undo::start({"slow", "x"}));
+  for (const Activity& entry : entries) {
+    EXPECT_EQ(entry.reason, "corvane stop");
+    EXPECT_FALSE(entry.undone);
+  }
+}
+
+TEST_F(StopRowsTest, NothingStoppedLeavesTheLogAlone) {
+  EXPECT_TRUE(stopRows({}, false, "corvane free", {}).empty());
+  const auto outcomes = stopRows({containerRow("web", {"w"})}, true, "corvane free", {});
+  EXPECT_EQ(outcomes, std::vector{makeOutcome(containerRow("web", {}), Outcome::State::failed, "docker not found.")});
+  EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(log.path).parent_path()));
+}
+
+}  // namespace
+}  // namespace corvane

@@ -1,0 +1,156 @@
+// The stopper against processes and fake tools that the tests start themselves.
+#include "stop/stopper.h"
+
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "platform/process_table.h"
+#include "support/child_process.h"
+#include "support/fake_programs.h"
+#include "support/run_program.h"
+
+namespace corvane {
+namespace {
+
+using testing_support::ChildProcess;
+using testing_support::readFile;
+using testing_support::writeScript;
+using Result = Stopper::Result;
+
+const Result notOurs = Result::failed("Test row belongs to the system or another user.");
+
+Item rowOf(std::vector<int32_t> pids, std::optional<Stop> stop = Stop::signal()) {
+  Item item;
+  item.title = "Test row";
+  item.pids = std::move(pids);
+  item.stop = std::move(stop);
+  return item;
+}
+
+bool alive(pid_t pid) { return !platform::processGone(pid); }
+
+// A process that shrugs off SIGTERM; it has set that up by the time the constructor returns.
+struct Stubborn {
+  ChildProcess process{testing_support::systemPython(),
+                       {"python3", "-c",
+                        "import signal, time\nsignal.signal(signal.SIGTERM, signal.SIG_IGN)\n"
+                        "print('ready', flush=True)\ntime.sleep(600)\n"}};
+  Stubborn() { EXPECT_EQ(process.readLine(), "ready"); }
+};
+
+struct Sleeper : ChildProcess {
+  Sleeper() : ChildProcess("/bin/sleep", {"sleep", "60"}) {}
+};
+
+// `sleep` run under another user id, returned once that user owns it; null unless this is root.
+std::unique_ptr<ChildProcess> sleeperOfAnotherUser() {
+  if (getuid() != 0) return nullptr;
+  const uid_t other = 40000 + static_cast<uid_t>(getpid() % 20000);
+  auto child = std::make_unique<ChildProcess>([other] {
+    if (setresgid(other, other, other) == 0 && setresuid(other, other, other) == 0)
+      execl("/bin/sleep", "sleep", "60", static_cast<char*>(nullptr));
+  });
+  for (int i = 0; i < 500; ++i) {
+    const auto owner = platform::processOwner(child->pid());
+    if (owner && owner->realUid == other && owner->path && owner->path->ends_with("/sleep")) return child;
+    usleep(10'000);
+  }
+  return nullptr;
+}
+
+TEST(MayStopTest, NeverThisProgramItsParentOrTheFirstPids) {
+  Sleeper sleeper;
+  EXPECT_TRUE(Stopper::mayStop(sleeper.pid()));
+  for (int32_t pid : {-1, 0, 1, static_cast<int32_t>(getpid()), static_cast<int32_t>(getppid()), 0x7ffffff0})
+    EXPECT_FALSE(Stopper::mayStop(pid)) << pid;
+  for (bool force : {false, true}) EXPECT_EQ(Stopper::stop(rowOf({0, 1, getpid(), getppid()}), {}, force, 1), notOurs);
+}
+
+TEST(MayStopTest, NeverAnotherUsersProcessOrASystemProgram) {
+  // logsave waits for the command it runs, so it stays a process whose program lies in /usr/sbin.
+  ChildProcess system("/usr/sbin/logsave", {"logsave", "/dev/null", "/bin/sleep", "60"});
+  ASSERT_GT(system.pid(), 0);
+  EXPECT_FALSE(Stopper::mayStop(system.pid()));
+  EXPECT_EQ(Stopper::stop(rowOf({system.pid()}), {}, true, 1), notOurs);
+  EXPECT_TRUE(alive(system.pid()));
+
+  const auto other = sleeperOfAnotherUser();
+  if (!other) GTEST_SKIP() << "needs root to start a process under another user";
+  EXPECT_FALSE(Stopper::mayStop(other->pid()));
+  EXPECT_EQ(Stopper::stop(rowOf({other->pid()}), {}, true, 1), notOurs);
+  EXPECT_TRUE(alive(other->pid()));
+}
+
+TEST(WaitGoneTest, ExitedCountsAsGoneBeforeItIsReaped) {
+  ChildProcess exited([] {});  // a zombie until the test reaps it
+  Sleeper sleeper;
+  EXPECT_TRUE(Stopper::waitGone({}, 0));
+  EXPECT_TRUE(Stopper::waitGone({exited.pid()}, 5));
+  EXPECT_FALSE(Stopper::waitGone({exited.pid(), sleeper.pid()}, 0.3));
+}
+
+TEST(StopperTest, SignalsAndTheirWait) {
+  EXPECT_EQ(Stopper::stop(rowOf({}, std::nullopt), {}, false, 1), Result::failed("Test row isn't stopped by Corvane."));
+  Sleeper polite;
+  EXPECT_EQ(Stopper::stop(rowOf({polite.pid(), 1}), {}, false, 5), Result::stopped());
+
+  Stubborn stubborn;
+  const Item row = rowOf({stubborn.process.pid()});
+  EXPECT_EQ(Stopper::stop(row, {}, false, 0.5), Result::stillRunning());
+  EXPECT_TRUE(alive(stubborn.process.pid()));
+  EXPECT_EQ(Stopper::stop(row, {}, true, 5), Result::stopped());
+}
+
+TEST(StopperTest, ContainersGoThroughDocker) {
+  const std::string dir = testing_support::makeTempDir("docker");
+  Tools tools;
+  tools.paths["docker"] = writeScript(dir + "/docker", "echo \"$@\" >> " + dir + "/log\n");
+  const Item row = rowOf({}, Stop::containers({"abc123", "def456"}));
+  EXPECT_EQ(Stopper::stop(row, tools, false, 5), Result::stopped());
+  EXPECT_EQ(Stopper::stop(row, tools, true, 5), Result::stopped());
+  EXPECT_EQ(readFile(dir + "/log"), "stop abc123 def456\nkill abc123 def456\n");
+
+  tools.paths["docker"] = writeScript(dir + "/broken", "exit 1\n");
+  EXPECT_EQ(Stopper::stop(row, tools, false, 5), Result::failed("docker stop failed."));
+  EXPECT_EQ(Stopper::stop(row, tools, true, 5), Result::failed("docker kill failed."));
+  EXPECT_EQ(Stopper::stop(row, {}, true, 5), Result::failed("docker not found."));
+}
+
+TEST(StopperTest, SimulatorsShutDownThroughSimctlUnlessForced) {
+  const std::string dir = testing_support::makeTempDir("xcrun");
+  Tools tools;
+  tools.paths["xcrun"] = writeScript(dir + "/xcrun", "echo \"$@\" >> " + dir + "/log\n");
+  const std::string udid = "5B3E2C1A-0000-4000-8000-00000000ABCD";
+  EXPECT_EQ(Stopper::stop(rowOf({}, Stop::simulator(udid, false)), tools, false, 5), Result::stopped());
+  EXPECT_EQ(Stopper::stop(rowOf({}, Stop::simulator(udid, true)), tools, false, 5), Result::stopped());
+  Sleeper device;
+  EXPECT_EQ(Stopper::stop(rowOf({device.pid()}, Stop::simulator(udid, false)), tools, true, 5), Result::stopped());
+  // Forced, the device's processes were killed and simctl was not asked.
+  EXPECT_EQ(readFile(dir + "/log"), "simctl shutdown " + udid + "\nsimctl --set previews shutdown " + udid + "\n");
+
+  tools.paths["xcrun"] = writeScript(dir + "/broken", "exit 148\n");
+  EXPECT_EQ(Stopper::stop(rowOf({}, Stop::simulator(udid, false)), tools, false, 5),
+            Result::failed("simctl couldn't shut down Test row."));
+  EXPECT_EQ(Stopper::stop(rowOf({}, Stop::simulator(udid, false)), {}, false, 5), Result::failed("xcrun not found."));
+}
+
+TEST(StopperTest, EmulatorsAskAdbThenFallBackToSIGTERM) {
+  const std::string dir = testing_support::makeTempDir("adb");
+  Tools tools;
+  tools.paths["adb"] = writeScript(dir + "/adb", "echo \"$@\" >> " + dir + "/log\n");
+  // adb said yes: the emulator's processes are waited for, not signalled.
+  Stubborn stubborn;
+  EXPECT_EQ(Stopper::stop(rowOf({stubborn.process.pid()}, Stop::emulator("emulator-5554")), tools, false, 0.3),
+            Result::stillRunning());
+  Sleeper withoutSerial, adbFailed;
+  EXPECT_EQ(Stopper::stop(rowOf({withoutSerial.pid()}, Stop::emulator(std::nullopt)), tools, false, 5),
+            Result::stopped());
+  tools.paths["adb"] = writeScript(dir + "/broken", "exit 1\n");
+  EXPECT_EQ(Stopper::stop(rowOf({adbFailed.pid()}, Stop::emulator("emulator-5554")), tools, false, 5),
+            Result::stopped());
+  EXPECT_EQ(readFile(dir + "/log"), "-s emulator-5554 emu kill\n");
+}
+
+}  // namespace
+}  // namespace corvane
