@@ -48,7 +48,7 @@ std::unique_ptr<ChildProcess> sleeperOfAnotherUser() {
   if (getuid() != 0) return nullptr;
   const uid_t other = 40000 + static_cast<uid_t>(getpid() % 20000);
   auto child = std::make_unique<ChildProcess>([other] {
-    if (setresgid(other, other, other) == 0 && setresuid(other, other, other) == 0)
+    if (setgid(other) == 0 && setuid(other) == 0)  // as root, both set the real, effective and saved ids
       execl("/bin/sleep", "sleep", "60", static_cast<char*>(nullptr));
   });
   for (int i = 0; i < 500; ++i) {

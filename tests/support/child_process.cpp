@@ -5,17 +5,42 @@
 #include <csignal>
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#ifdef __linux__
+#include <sys/prctl.h>
+#endif
 
 namespace corvane::testing_support {
+
+namespace {
+
+// Both ends close on exec.
+bool makePipe(int ends[2]) {
+#ifdef __linux__
+  return pipe2(ends, O_CLOEXEC) == 0;
+#else
+  if (pipe(ends) != 0) return false;
+  fcntl(ends[0], F_SETFD, FD_CLOEXEC);
+  fcntl(ends[1], F_SETFD, FD_CLOEXEC);
+  return true;
+#endif
+}
+
+// On Linux the child dies with the test; elsewhere the destructor's SIGKILL is all there is.
+void dieWithParent() {
+#ifdef __linux__
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+#endif
+}
+
+}  // namespace
 
 ChildProcess::ChildProcess(const std::string& path, const std::vector<std::string>& args,
                            const std::string& directory) {
   int output[2], started[2];
-  if (pipe2(output, O_CLOEXEC) != 0) return;
-  if (pipe2(started, O_CLOEXEC) != 0) {
+  if (!makePipe(output)) return;
+  if (!makePipe(started)) {
     close(output[0]);
     close(output[1]);
     return;
@@ -25,7 +50,7 @@ ChildProcess::ChildProcess(const std::string& path, const std::vector<std::strin
   argv.push_back(nullptr);
   const pid_t pid = fork();
   if (pid == 0) {
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    dieWithParent();
     dup2(output[1], STDOUT_FILENO);
     if (directory.empty() || chdir(directory.c_str()) == 0) execv(path.c_str(), argv.data());
     const char failed = 1;
@@ -51,7 +76,7 @@ ChildProcess::ChildProcess(const std::string& path, const std::vector<std::strin
 ChildProcess::ChildProcess(const std::function<void()>& body) {
   const pid_t pid = fork();
   if (pid == 0) {
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    dieWithParent();
     body();
     _exit(0);
   }

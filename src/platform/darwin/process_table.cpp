@@ -1,0 +1,192 @@
+// The process table through libproc and sysctl. Every proc_pidinfo and proc_pidfdinfo answer counts
+// only when it has exactly the size of the record asked for: anything shorter is a process that went
+// away or one this user may not read.
+#ifdef __APPLE__
+
+#include "platform/process_table.h"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <chrono>
+#include <libproc.h>
+#include <mach/kern_return.h>
+#include <mach/mach_time.h>
+#include <sys/proc.h>
+#include <sys/proc_info.h>
+#include <sys/resource.h>
+#include <sys/sysctl.h>
+#include <unistd.h>
+
+#include "platform/darwin/procargs.h"
+
+namespace corvane::platform {
+
+namespace {
+
+static_assert(sizeof(proc_bsdinfo) == 136);
+static_assert(sizeof(proc_vnodepathinfo) == 2352);
+static_assert(sizeof(proc_fdinfo) == 8);
+static_assert(sizeof(socket_fdinfo) == 792);
+
+constexpr int bsdInfoSize = sizeof(proc_bsdinfo);
+constexpr int vnodePathInfoSize = sizeof(proc_vnodepathinfo);
+constexpr int socketInfoSize = sizeof(socket_fdinfo);
+constexpr uint32_t pathBufferSize = 4096;
+
+// CPU times come in Mach absolute time units; the timebase turns them into nanoseconds.
+struct Timebase {
+  uint64_t numer = 1;
+  uint64_t denom = 1;
+};
+
+const Timebase& timebase() {
+  static const Timebase value = [] {
+    Timebase timebase;
+    mach_timebase_info_data_t info{};
+    if (mach_timebase_info(&info) == KERN_SUCCESS && info.denom != 0) {
+      timebase.numer = info.numer;
+      timebase.denom = info.denom;
+    }
+    return timebase;
+  }();
+  return value;
+}
+
+// The largest argument area a process can have; 0 when it can't be read.
+size_t argumentAreaSize() {
+  static const size_t value = [] {
+    int name[] = {CTL_KERN, KERN_ARGMAX};
+    int32_t argmax = 0;
+    size_t length = sizeof argmax;
+    if (sysctl(name, 2, &argmax, &length, nullptr, 0) != 0 || argmax < 0) return size_t{0};
+    return static_cast<size_t>(argmax);
+  }();
+  return value;
+}
+
+std::optional<proc_bsdinfo> bsdInfo(int32_t pid) {
+  proc_bsdinfo info{};
+  if (proc_pidinfo(pid, PROC_PIDTBSDINFO, 0, &info, bsdInfoSize) != bsdInfoSize) return std::nullopt;
+  return info;
+}
+
+// The text of a fixed-size field up to its first zero byte, or all of it when there is none.
+std::string textUpToZero(const char* bytes, size_t size) {
+  size_t length = 0;
+  while (length < size && bytes[length] != '\0') ++length;
+  return std::string(bytes, length);
+}
+
+std::optional<std::string> pidPath(int32_t pid) {
+  char buffer[pathBufferSize] = {};
+  if (proc_pidpath(pid, buffer, pathBufferSize) <= 0) return std::nullopt;
+  return textUpToZero(buffer, sizeof buffer);
+}
+
+}  // namespace
+
+struct ProcessTable::State {
+  uint32_t uid = 0;
+  // Reused from process to process: the argument area is read only for processes not seen before,
+  // and only the bytes sysctl returns are looked at, so it never needs clearing.
+  std::vector<char> argumentArea;
+  std::vector<proc_fdinfo> descriptors;
+};
+
+ProcessTable::ProcessTable() : state_(std::make_unique<State>()) { state_->uid = currentUser(); }
+
+ProcessTable::~ProcessTable() = default;
+
+std::vector<int32_t> ProcessTable::pids() {
+  // Room for processes started between the two calls.
+  const int counted = proc_listallpids(nullptr, 0);
+  std::vector<int32_t> pids(static_cast<size_t>(counted > 0 ? counted : 0) + 64, 0);
+  const int listed = proc_listallpids(pids.data(), static_cast<int>(pids.size() * sizeof(int32_t)));
+  pids.resize(listed > 0 ? std::min(static_cast<size_t>(listed), pids.size()) : 0);
+  return pids;
+}
+
+std::optional<ProcessStats> ProcessTable::stats(int32_t pid) {
+  const auto info = bsdInfo(pid);
+  if (!info || info->pbi_uid != state_->uid) return std::nullopt;
+  ProcessStats stats;
+  stats.ppid = static_cast<int32_t>(info->pbi_ppid);
+  stats.started = Date(std::chrono::microseconds(static_cast<int64_t>(info->pbi_start_tvsec) * 1'000'000 +
+                                                 static_cast<int64_t>(info->pbi_start_tvusec)));
+  rusage_info_v4 usage{};
+  if (proc_pid_rusage(pid, RUSAGE_INFO_V4, reinterpret_cast<rusage_info_t*>(&usage)) == 0) {
+    const Timebase& t = timebase();
+    stats.cpu = (usage.ri_user_time + usage.ri_system_time) * t.numer / t.denom;
+    stats.footprint = usage.ri_phys_footprint;
+  }
+  return stats;
+}
+
+std::vector<std::string> ProcessTable::args(int32_t pid) {
+  State& s = *state_;
+  const size_t areaSize = argumentAreaSize();
+  if (areaSize == 0) return {};
+  if (s.argumentArea.size() != areaSize) s.argumentArea.assign(areaSize, 0);
+  int name[] = {CTL_KERN, KERN_PROCARGS2, pid};
+  size_t length = s.argumentArea.size();
+  if (sysctl(name, 3, s.argumentArea.data(), &length, nullptr, 0) != 0) return {};
+  return darwin_proc::parseProcArgs(std::string_view(s.argumentArea.data(), std::min(length, areaSize)));
+}
+
+std::optional<std::string> ProcessTable::executable(int32_t pid) { return pidPath(pid); }
+
+std::optional<std::string> ProcessTable::workingDirectory(int32_t pid) {
+  proc_vnodepathinfo info{};
+  if (proc_pidinfo(pid, PROC_PIDVNODEPATHINFO, 0, &info, vnodePathInfoSize) != vnodePathInfoSize) return std::nullopt;
+  return textUpToZero(info.pvi_cdir.vip_path, sizeof info.pvi_cdir.vip_path);
+}
+
+// Every listening TCP socket of the process and every established one, IPv4 and IPv6 alike. The
+// caller counts an established socket only when its port is one the process listens on, which is
+// what tells an accepted connection from one the process opened itself.
+std::vector<TcpSocket> ProcessTable::tcpSockets(int32_t pid) {
+  std::vector<TcpSocket> found;
+  const int needed = proc_pidinfo(pid, PROC_PIDLISTFDS, 0, nullptr, 0);
+  if (needed < 1) return found;
+  std::vector<proc_fdinfo>& descriptors = state_->descriptors;
+  descriptors.assign(static_cast<size_t>(needed) / sizeof(proc_fdinfo), proc_fdinfo{});
+  const int bufferSize = static_cast<int>(descriptors.size() * sizeof(proc_fdinfo));
+  const int listed = proc_pidinfo(pid, PROC_PIDLISTFDS, 0, descriptors.data(), bufferSize);
+  if (listed < 1) return found;
+  const size_t count = std::min(static_cast<size_t>(listed) / sizeof(proc_fdinfo), descriptors.size());
+  for (size_t i = 0; i < count; ++i) {
+    if (descriptors[i].proc_fdtype != PROX_FDTYPE_SOCKET) continue;
+    socket_fdinfo socket{};
+    if (proc_pidfdinfo(pid, descriptors[i].proc_fd, PROC_PIDFDSOCKETINFO, &socket, socketInfoSize) != socketInfoSize)
+      continue;
+    if (socket.psi.soi_kind != SOCKINFO_TCP) continue;
+    const tcp_sockinfo& tcp = socket.psi.soi_proto.pri_tcp;
+    const auto port = static_cast<uint16_t>(ntohs(static_cast<uint16_t>(tcp.tcpsi_ini.insi_lport)));
+    if (tcp.tcpsi_state == TSI_S_LISTEN) {
+      found.push_back(TcpSocket{port, true});
+    } else if (tcp.tcpsi_state == TSI_S_ESTABLISHED) {
+      found.push_back(TcpSocket{port, false});
+    }
+  }
+  return found;
+}
+
+bool processGone(int32_t pid) {
+  if (pid < 1) return true;
+  const auto info = bsdInfo(pid);
+  return !info || info->pbi_status == SZOMB;
+}
+
+// The user of a process is the one its BSD record names, the same reading the snapshot filters on.
+std::optional<ProcessOwner> processOwner(int32_t pid) {
+  if (pid < 1) return std::nullopt;
+  const auto info = bsdInfo(pid);
+  if (!info) return std::nullopt;
+  return ProcessOwner{info->pbi_uid, pidPath(pid)};
+}
+
+uint32_t currentUser() { return static_cast<uint32_t>(getuid()); }
+
+}  // namespace corvane::platform
+
+#endif  // __APPLE__
