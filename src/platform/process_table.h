@@ -45,6 +45,9 @@ class ProcessTable {
   std::optional<std::string> executable(int32_t pid);
   // The working directory; absent when it cannot be read.
   std::optional<std::string> workingDirectory(int32_t pid);
+  // The process the system holds responsible for this one (macOS: the app that launched a helper);
+  // absent when there is none, when it is the process itself, or where the system has no such notion.
+  std::optional<int32_t> responsible(int32_t pid);
   // The process's TCP sockets that listen, or are established on a port that some socket of the
   // user listens on; as many as could be read. The user's sockets are found in the order the
   // processes are asked for; once every one has been found, later processes are not searched.

@@ -75,6 +75,7 @@ Snapshot snapshot(ArgsCache& argsCache) {
     const auto cwd = table.workingDirectory(pid);
     proc.cwd = cwd ? repairedUTF8(*cwd) : "/";
     proc.name = lastPathComponent(proc.path);
+    proc.responsible = table.responsible(pid);
     if (!isSystemPath(proc.path)) fillPorts(proc, table.tcpSockets(pid));
     procs.push_back(std::move(proc));
   }

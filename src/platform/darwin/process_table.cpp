@@ -19,6 +19,9 @@
 
 #include "platform/darwin/procargs.h"
 
+// In the system library but in no public header.
+extern "C" pid_t responsibility_get_pid_responsible_for_pid(pid_t pid);
+
 namespace corvane::platform {
 
 namespace {
@@ -134,6 +137,12 @@ std::vector<std::string> ProcessTable::args(int32_t pid) {
 }
 
 std::optional<std::string> ProcessTable::executable(int32_t pid) { return pidPath(pid); }
+
+std::optional<int32_t> ProcessTable::responsible(int32_t pid) {
+  const pid_t responsible = responsibility_get_pid_responsible_for_pid(pid);
+  if (responsible < 1 || responsible == pid) return std::nullopt;
+  return static_cast<int32_t>(responsible);
+}
 
 std::optional<std::string> ProcessTable::workingDirectory(int32_t pid) {
   proc_vnodepathinfo info{};

@@ -206,6 +206,9 @@ std::optional<std::string> ProcessTable::executable(int32_t pid) {
   return s.startedAs(pid, std::move(exe));
 }
 
+// Linux keeps no record of which app is responsible for a process.
+std::optional<int32_t> ProcessTable::responsible(int32_t) { return std::nullopt; }
+
 std::optional<std::string> ProcessTable::workingDirectory(int32_t pid) {
   State& s = *state_;
   return readLinkAt(s.procFd, s.path(pid, "cwd"));
