@@ -1,6 +1,7 @@
 #include "scanner/scanner.h"
 
 #include <filesystem>
+#include <system_error>
 #include <thread>
 
 #include "detect/pipeline.h"
@@ -48,7 +49,7 @@ std::vector<Item> Scanner::scan() {
   std::vector<Item> items = detect(world);
 
   for (auto& item : items)
-    if (!item.project && item.cwd) item.project = projectName(*item.cwd);
+    if (!item.project && item.cwd) item.project = cachedProjectName(*item.cwd);
   return tracker_.update(std::move(items), taken);
 }
 
@@ -75,10 +76,17 @@ void Scanner::refreshContainers(const Snapshot& snapshot) {
   };
   // The first list is worth waiting for; later ones arrive for the next scan, so Docker's slow
   // commands never hold a scan up again.
-  if (first)
+  if (first) {
     fetch();
-  else
+    return;
+  }
+  try {
     std::thread(fetch).detach();
+  } catch (const std::system_error&) {
+    // No thread to be had (the user's process limit): try again at a later scan.
+    std::lock_guard<std::mutex> state(containerState_->mutex);
+    containerState_->refreshing = false;
+  }
 }
 
 void Scanner::learnSimulatorNames(const Snapshot& snapshot) {
@@ -91,6 +99,11 @@ void Scanner::learnSimulatorNames(const Snapshot& snapshot) {
 }
 
 std::optional<std::string> Scanner::projectName(const std::string& cwd) {
+  std::lock_guard<std::mutex> lock(scanMutex_);
+  return cachedProjectName(cwd);
+}
+
+std::optional<std::string> Scanner::cachedProjectName(const std::string& cwd) {
   if (auto cached = projects_.find(cwd); cached != projects_.end()) return cached->second;
   const std::string& home = platform::homeDirectory();
   std::optional<std::string> result;

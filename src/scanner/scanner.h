@@ -42,6 +42,7 @@ class Scanner {
 
   void refreshContainers(const Snapshot& snapshot);
   void learnSimulatorNames(const Snapshot& snapshot);
+  std::optional<std::string> cachedProjectName(const std::string& cwd);  // with scanMutex_ held
 
   std::mutex scanMutex_;  // scans run one at a time, like calls on an actor
   const Tools tools_;

@@ -1,0 +1,285 @@
+#include "scanner/scanner.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <plist/plist.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <thread>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "platform/docker_socket.h"
+#include "platform/paths.h"
+#include "support/child_process.h"
+#include "support/fake_programs.h"
+#include "support/run_program.h"
+
+namespace corvane {
+namespace {
+
+namespace fs = std::filesystem;
+using testing_support::makeTempDir;
+using testing_support::readFile;
+using testing_support::ScopedEnv;
+
+Date at(double seconds) { return dateFromSeconds(1'800'000'000 + seconds); }
+
+Proc process(int32_t pid, const std::string& path, std::vector<std::string> args, const std::string& cwd = "/") {
+  Proc p;
+  p.pid = pid;
+  p.ppid = 1;
+  p.path = path;
+  p.name = lastPathComponent(path);
+  p.args = std::move(args);
+  p.cwd = cwd;
+  return p;
+}
+
+const Proc colima = process(100, "/opt/homebrew/bin/colima", {"colima", "start"});
+
+// The machine as the test describes it; each scan sees it as it is at that moment.
+struct FakeMachine {
+  std::vector<Proc> procs;
+  Date taken = at(0);
+
+  Scanner::SnapshotSource source() {
+    return [this](ArgsCache&) { return Snapshot{procs, taken}; };
+  }
+};
+
+const Item* row(const std::vector<Item>& items, const std::string& id) {
+  for (const auto& item : items)
+    if (item.id == id) return &item;
+  return nullptr;
+}
+
+std::vector<std::string> containerIds(const std::vector<Item>& items) {
+  std::vector<std::string> ids;
+  for (const auto& item : items)
+    if (item.kind == Item::Kind::container) ids.push_back(item.id);
+  return ids;
+}
+
+// Waits for something a background refresh or a child does, for at most 10 s.
+bool eventually(const std::function<bool()>& condition) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return true;
+}
+
+// A docker whose n-th `ps` lists the one container "cN" (with N MiB in `stats`). Each `ps` is counted
+// in the file "ps-calls" beside it, and waits while a file "hold" is there.
+struct FakeDocker {
+  std::string dir = makeTempDir("docker");
+  std::string path = testing_support::writeScript(
+      dir + "/docker",
+      "cd \"$(dirname \"$0\")\"\n"
+      "case \"$1\" in\n"
+      "ps) n=$(( $(cat ps-calls 2>/dev/null || echo 0) + 1 )); echo $n > ps-calls\n"
+      "    while [ -e hold ]; do sleep 0.01; done\n"
+      "    echo \"{\\\"ID\\\":\\\"c$n\\\",\\\"Names\\\":\\\"web-$n\\\",\\\"Image\\\":\\\"nginx\\\"}\" ;;\n"
+      "stats) echo \"{\\\"ID\\\":\\\"c$(cat ps-calls)\\\",\\\"MemUsage\\\":\\\"$(cat ps-calls)MiB / 1GiB\\\"}\" ;;\n"
+      "esac\n");
+
+  Tools tools() const { return Tools{{{"docker", path}}}; }
+  int psCalls() const {
+    const std::string text = readFile(dir + "/ps-calls");
+    return text.empty() ? 0 : std::atoi(text.c_str());
+  }
+  void hold() const { std::ofstream(dir + "/hold"); }
+  void release() const { fs::remove(dir + "/hold"); }
+};
+
+TEST(ScannerTest, ContainersAreRefreshedInTheBackgroundAtMostEveryTenSeconds) {
+  const FakeDocker docker;
+  FakeMachine machine{{colima}};
+  Scanner scanner(docker.tools(), machine.source());
+
+  // The first list is waited for.
+  auto items = scanner.scan();
+  EXPECT_EQ(containerIds(items), std::vector<std::string>{"container:c1"});
+  EXPECT_EQ(row(items, "container:c1")->memory, 1048576u);
+  EXPECT_EQ(docker.psCalls(), 1);
+
+  machine.taken = at(5);
+  scanner.scan();
+  machine.taken = at(10);
+  scanner.scan();
+  EXPECT_EQ(docker.psCalls(), 1);
+
+  // 11 s after the first refresh another starts; the scan does not wait for it.
+  docker.hold();
+  machine.taken = at(11);
+  EXPECT_EQ(containerIds(scanner.scan()), std::vector<std::string>{"container:c1"});
+  ASSERT_TRUE(eventually([&] { return docker.psCalls() == 2; }));
+  // While it runs, no other one starts, however much time has passed.
+  machine.taken = at(30);
+  EXPECT_EQ(containerIds(scanner.scan()), std::vector<std::string>{"container:c1"});
+
+  docker.release();
+  machine.taken = at(15);
+  EXPECT_TRUE(eventually([&] { return containerIds(scanner.scan()) == std::vector<std::string>{"container:c2"}; }));
+  EXPECT_EQ(docker.psCalls(), 2);
+}
+
+// Binds a Unix socket at `path`, as a Docker engine does, for the object's lifetime.
+struct ListeningSocket {
+  explicit ListeningSocket(const std::string& path) : fd(socket(AF_UNIX, SOCK_STREAM, 0)) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    bound = fd >= 0 && bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+  }
+  ~ListeningSocket() {
+    if (fd >= 0) close(fd);
+  }
+  int fd;
+  bool bound = false;
+};
+
+TEST(ScannerTest, WithoutAnEngineTheContainersAreGone) {
+  const FakeDocker docker;
+  const std::string socketPath = makeTempDir("engine") + "/docker.sock";
+  const ScopedEnv host("DOCKER_HOST", "unix://" + socketPath);
+  const ScopedEnv runtime("XDG_RUNTIME_DIR", std::nullopt);
+  if (platform::dockerSocketExists()) GTEST_SKIP() << "this machine has a Docker socket of its own";
+
+  FakeMachine machine;
+  Scanner scanner(docker.tools(), machine.source());
+  {
+    // No engine process, but an engine's socket.
+    const ListeningSocket engine(socketPath);
+    ASSERT_TRUE(engine.bound);
+    EXPECT_EQ(containerIds(scanner.scan()), std::vector<std::string>{"container:c1"});
+  }
+  fs::remove(socketPath);
+  machine.taken = at(5);
+  EXPECT_TRUE(containerIds(scanner.scan()).empty());
+  // An engine process that appears brings them back only with the next refresh that is due.
+  machine.procs = {colima};
+  machine.taken = at(8);
+  EXPECT_TRUE(containerIds(scanner.scan()).empty());
+  EXPECT_EQ(docker.psCalls(), 1);
+}
+
+TEST(ScannerTest, ProjectNamesComeFromTheNearestRepository) {
+  const std::string root = fs::canonical(makeTempDir("projects"));
+  fs::create_directories(root + "/app/.git");
+  fs::create_directories(root + "/app/src/lib");
+  fs::create_directories(root + "/plain/src");
+  fs::create_directories(root + "/worktree/src");
+  std::ofstream(root + "/worktree/.git") << "gitdir: /elsewhere\n";
+
+  FakeMachine machine;
+  Scanner scanner(Tools{}, machine.source());
+  EXPECT_EQ(scanner.projectName(root + "/app/src/lib"), "app");
+  EXPECT_EQ(scanner.projectName(root + "/app"), "app");
+  EXPECT_EQ(scanner.projectName(root + "/worktree/src"), "worktree");
+  EXPECT_EQ(scanner.projectName(root + "/plain/src"), "src");
+  EXPECT_EQ(scanner.projectName("/"), std::nullopt);
+  EXPECT_EQ(scanner.projectName(platform::homeDirectory()), std::nullopt);
+
+  // A repository made later is not noticed by this scanner.
+  fs::create_directories(root + "/plain/.git");
+  EXPECT_EQ(scanner.projectName(root + "/plain/src"), "src");
+  EXPECT_EQ(Scanner(Tools{}, machine.source()).projectName(root + "/plain/src"), "plain");
+}
+
+void writeDevicePlist(const std::string& device, const char* name) {
+  plist_t root = plist_new_dict();
+  plist_dict_set_item(root, "name", plist_new_string(name));
+  char* bytes = nullptr;
+  uint32_t length = 0;
+  plist_to_bin(root, &bytes, &length);
+  std::ofstream(device + "/device.plist", std::ios::binary).write(bytes, length);
+  std::free(bytes);
+  plist_free(root);
+}
+
+TEST(ScannerTest, SimulatorsAreTitledWithTheirDeviceNames) {
+  const std::string devices = makeTempDir("CoreSimulator") + "/Devices/";
+  const std::string named = "0A1B2C3D-4E5F-6071-8293-A4B5C6D7E8F9";
+  const std::string lower = "0a1b2c3d-4e5f-6071-8293-a4b5c6d7e8f9";
+  const std::string unnamed = "FFFFFFFF-0000-1111-2222-333333333333";
+  for (const auto& udid : {named, lower, unnamed}) fs::create_directories(devices + udid + "/data/var/run");
+  writeDevicePlist(devices + named, "iPhone 16");
+  writeDevicePlist(devices + lower, "iPad Air");
+
+  const auto launchdSim = [&](int32_t pid, const std::string& udid) {
+    return process(pid, "/Library/Developer/CoreSimulator/launchd_sim",
+                   {"launchd_sim", devices + udid + "/data/var/run/launchd_bootstrap.plist"});
+  };
+  FakeMachine machine{{launchdSim(200, named), launchdSim(201, lower), launchdSim(202, unnamed)}};
+  Scanner scanner(Tools{}, machine.source());
+  auto items = scanner.scan();
+  ASSERT_NE(row(items, "sim:" + named), nullptr);
+  EXPECT_EQ(row(items, "sim:" + named)->title, "iPhone 16");
+  EXPECT_EQ(row(items, "sim:" + lower), nullptr);
+  for (const auto& item : items) EXPECT_NE(item.title, "iPad Air");
+  ASSERT_NE(row(items, "sim:" + unnamed), nullptr);
+  EXPECT_EQ(row(items, "sim:" + unnamed)->title, "Simulator");
+
+  // A device without a name is asked again; a named one is not.
+  writeDevicePlist(devices + unnamed, "iPhone SE");
+  writeDevicePlist(devices + named, "Renamed");
+  machine.taken = at(2);
+  items = scanner.scan();
+  EXPECT_EQ(row(items, "sim:" + unnamed)->title, "iPhone SE");
+  EXPECT_EQ(row(items, "sim:" + named)->title, "iPhone 16");
+}
+
+TEST(ScannerTest, RowsCarryRecentCPUUse) {
+  Proc server = process(300, "/usr/bin/node", {"node", "server.js"}, "/nonexistent/web");
+  server.listening = {3000};
+  server.cpu = 1'000'000'000;
+  FakeMachine machine{{server}};
+  Scanner scanner(Tools{}, machine.source());
+  const auto first = scanner.scan();
+  ASSERT_NE(row(first, "server:300"), nullptr);
+  EXPECT_EQ(row(first, "server:300")->project, "web");
+  EXPECT_EQ(row(first, "server:300")->cpu, 0);
+  EXPECT_FALSE(row(first, "server:300")->building);
+
+  machine.procs[0].cpu += 2'500'000'000;
+  machine.taken = at(5);
+  const auto second = scanner.scan();
+  ASSERT_NE(row(second, "server:300"), nullptr);
+  EXPECT_DOUBLE_EQ(row(second, "server:300")->cpu, 0.5);
+  EXPECT_TRUE(row(second, "server:300")->building);
+}
+
+TEST(ScannerTest, FindsARealDevServerWithItsProject) {
+  const std::string python = testing_support::systemPython();
+  if (python.empty()) GTEST_SKIP() << "no python3";
+  const std::string project = fs::canonical(makeTempDir("shop"));
+  fs::create_directories(project + "/.git");
+  testing_support::ChildProcess server(
+      python, {"python3", "-u", "-m", "http.server", "0", "--bind", "127.0.0.1"}, project);
+  ASSERT_GT(server.pid(), 0);
+  // "Serving HTTP on 127.0.0.1 port 41234 (http://127.0.0.1:41234/) ...", once it listens.
+  const std::string banner = server.readLine();
+  const size_t portAt = banner.find(" port ");
+  ASSERT_NE(portAt, std::string::npos) << banner;
+  const auto port = static_cast<uint16_t>(std::atoi(banner.c_str() + portAt + 6));
+
+  Scanner scanner(Tools{});
+  const auto items = scanner.scan();
+  const Item* item = row(items, "server:" + std::to_string(server.pid()));
+  ASSERT_NE(item, nullptr);
+  EXPECT_EQ(item->kind, Item::Kind::server);
+  EXPECT_EQ(item->project, lastPathComponent(project));
+  EXPECT_EQ(item->cwd, project);
+  EXPECT_EQ(item->ports, std::vector<uint16_t>{port});
+  EXPECT_GT(item->memory, 0u);
+}
+
+}  // namespace
+}  // namespace corvane
