@@ -138,10 +138,10 @@ TEST_F(McpTest, AnswersEachRequestAsItArrivesAndEndsWithItsInput) {
   ASSERT_TRUE(server.writeLine(toolCall(4, "find_free_port")));
   const auto afterHeld = server.readLine(30), fromDefault = server.readLine();
   ASSERT_TRUE(afterHeld && fromDefault);
-  const ToolReply skipped = toolReply(*afterHeld), first = toolReply(*fromDefault);
-  EXPECT_EQ(skipped.id, 3);
-  EXPECT_FALSE(skipped.isError);
-  EXPECT_GT(freePortIn(skipped.text), held.port()) << skipped.text;
+  const ToolReply pastHeld = toolReply(*afterHeld), first = toolReply(*fromDefault);
+  EXPECT_EQ(pastHeld.id, 3);
+  EXPECT_FALSE(pastHeld.isError);
+  EXPECT_GT(freePortIn(pastHeld.text), held.port()) << pastHeld.text;
   EXPECT_EQ(first.id, 4);
   EXPECT_GE(freePortIn(first.text), 3000u) << first.text;
 
