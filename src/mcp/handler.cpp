@@ -14,6 +14,10 @@ constexpr std::array<const char*, 5> allVersions = {"2026-07-28", "2025-11-25", 
 constexpr const char* fallbackVersion = "2025-11-25";
 constexpr const char* versionKey = "io.modelcontextprotocol/protocolVersion";
 
+// The platform's JSON reader refuses nesting deeper than this. Copying and writing a value recurse, so
+// without the limit a line of a hundred thousand "[" would overflow the stack and end the server.
+constexpr int maxDepth = 512;
+
 constexpr const char* instructions =
     "Corvane sees the Mac's dev stack: simulators, emulators, Gradle and Kotlin daemons, Docker containers, "
     "bundlers, dev servers and databases, with their RAM. Call list_running before booting another simulator or "
@@ -66,8 +70,14 @@ std::optional<std::string> serialize(const json& value) {
 }
 
 std::optional<std::string> handle(std::string_view line, const std::string& version, const Runner& run) {
-  json request = json::parse(line.begin(), line.end(), nullptr, false);
-  if (request.is_discarded() || !(request.is_object() || request.is_array()))
+  bool tooDeep = false;
+  const json::parser_callback_t watchDepth = [&](int depth, json::parse_event_t event, json&) {
+    const bool opens = event == json::parse_event_t::object_start || event == json::parse_event_t::array_start;
+    if (opens && depth >= maxDepth) tooDeep = true;
+    return true;
+  };
+  json request = json::parse(line.begin(), line.end(), watchDepth, false);
+  if (request.is_discarded() || tooDeep || !(request.is_object() || request.is_array()))
     return errorReply(-32700, "Parse error", nullptr);
   if (!request.is_object()) return errorReply(-32600, "Invalid request", nullptr);
 

@@ -44,6 +44,17 @@ TEST(HandlerTest, ErrorTable) {
   EXPECT_EQ(send(R"({"id":1,"method":"tools/call","params":{"name":"reboot"}})")->at("error")["code"], -32602);
 }
 
+TEST(HandlerTest, NestingBeyond512LevelsIsAParseErrorNotACrash) {
+  auto nested = [](int depth) { return std::string(depth, '[') + std::string(depth, ']'); };
+  const std::string parseError = R"({"error":{"code":-32700,"message":"Parse error"},"id":null,"jsonrpc":"2.0"})";
+  EXPECT_EQ(handle(R"({"id":)" + nested(200000) + R"(,"method":"ping"})", "1", nullptr), parseError);
+  EXPECT_EQ(handle(R"({"id":1,"method":"ping","params":{"x":)" + nested(200000) + "}}", "1", nullptr), parseError);
+  // The message, its params and 510 arrays make 512 levels; one more is too many.
+  EXPECT_EQ(handle(R"({"id":1,"method":"ping","params":{"x":)" + nested(510) + "}}", "1", nullptr),
+            R"({"id":1,"jsonrpc":"2.0","result":{}})");
+  EXPECT_EQ(handle(R"({"id":1,"method":"ping","params":{"x":)" + nested(511) + "}}", "1", nullptr), parseError);
+}
+
 TEST(HandlerTest, NotificationsAreSilent) {
   EXPECT_FALSE(send(R"({"jsonrpc":"2.0","method":"ping"})"));
   EXPECT_FALSE(send(R"({"jsonrpc":"2.0","id":null,"method":"ping"})"));

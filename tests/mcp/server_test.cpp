@@ -1,0 +1,307 @@
+// `corvane mcp` through the real executable: requests over pipes, and the rule that an agent may stop
+// only what it started itself, with stand-ins for Claude Code and Codex that the tests start. Every call
+// that scans takes at least 2 s, so each test makes as few of them as it can; every stop targets a
+// server the test started on its own port, so nothing else on the machine is touched.
+#include <filesystem>
+#include <regex>
+#include <sstream>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "activity/activity_log.h"
+#include "platform/process_table.h"
+#include "support/child_process.h"
+#include "support/fake_programs.h"
+#include "support/listeners.h"
+#include "support/piped_program.h"
+#include "support/run_program.h"
+
+namespace corvane {
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using testing_support::PipedProgram;
+
+std::string request(int id, const std::string& method, const json& params = nullptr) {
+  json r = {{"jsonrpc", "2.0"}, {"id", id}, {"method", method}};
+  if (!params.is_null()) r["params"] = params;
+  return r.dump();
+}
+
+std::string toolCall(int id, const std::string& name, const json& arguments = json::object()) {
+  return request(id, "tools/call", {{"name", name}, {"arguments", arguments}});
+}
+
+const std::string initialize = request(1, "initialize", {{"protocolVersion", "2025-06-18"},
+                                                        {"capabilities", json::object()},
+                                                        {"clientInfo", {{"name", "test"}, {"version", "1"}}}});
+const std::string initialized = R"({"jsonrpc":"2.0","method":"notifications/initialized"})";
+
+struct ToolReply {
+  json id;
+  std::string text;
+  bool isError = false;
+};
+
+// The tool result of a reply line; a reply of another shape fails the test. Parsed values are kept
+// mutable throughout: operator[] of a const value is undefined for a missing key, and a server that
+// answers wrongly must fail the test, not crash it.
+ToolReply toolReply(const std::string& line) {
+  json reply = json::parse(line, nullptr, false);
+  json result = reply.is_object() ? reply["result"] : json();
+  EXPECT_TRUE(result.is_object() && result.size() == 2) << line;
+  json& content = result["content"];
+  EXPECT_EQ(content.size(), 1u) << line;
+  EXPECT_EQ(content[0]["type"], "text") << line;
+  const json& text = content[0]["text"];
+  return {reply.is_object() ? reply["id"] : json(), text.is_string() ? text.get<std::string>() : "",
+          result["isError"] == true};
+}
+
+// A port that a listener of the test holds on every IPv4 address until the object goes.
+class HeldPort {
+ public:
+  HeldPort() : fd_(socket(AF_INET, SOCK_STREAM, 0)) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_ANY);
+    socklen_t length = sizeof address;
+    if (bind(fd_, reinterpret_cast<sockaddr*>(&address), length) == 0 && listen(fd_, 1) == 0 &&
+        getsockname(fd_, reinterpret_cast<sockaddr*>(&address), &length) == 0)
+      port_ = ntohs(address.sin_port);
+  }
+  ~HeldPort() { close(fd_); }
+  uint16_t port() const { return port_; }
+
+ private:
+  int fd_;
+  uint16_t port_ = 0;
+};
+
+// "Port N is free." gives N; anything else 0.
+unsigned freePortIn(const std::string& text) {
+  std::smatch m;
+  return std::regex_match(text, m, std::regex("Port ([0-9]+) is free\\.")) ? std::stoul(m[1]) : 0;
+}
+
+// Each test gets its own activity log and defaults suite, which the executable finds through the
+// inherited environment, and a login shell that finds no tools at once: a real one may read a slow
+// profile for each of the four tools the server looks up before its first tool call.
+class McpTest : public testing::Test {
+ protected:
+  McpTest()
+      : root(fs::canonical(testing_support::makeTempDir("mcp"))),
+        data("XDG_DATA_HOME", root + "/data"),
+        config("XDG_CONFIG_HOME", root + "/config"),
+        shell("SHELL", testing_support::writeScript(root + "/bin/login-shell", "exit 1\n")) {}
+
+  bool logTouched() const { return fs::exists(root + "/data/Corvane"); }
+
+  const std::string root;
+  testing_support::ScopedEnv data, config, shell;
+};
+
+TEST_F(McpTest, AnswersEachRequestAsItArrivesAndEndsWithItsInput) {
+  PipedProgram server(CORVANE_EXE, {"mcp"});
+  ASSERT_GT(server.pid(), 0);
+
+  ASSERT_TRUE(server.writeLine(initialize));
+  const auto hello = server.readLine();
+  ASSERT_TRUE(hello);
+  json result = json::parse(*hello)["result"];
+  EXPECT_EQ(result["protocolVersion"], "2025-06-18");
+  // The executable is not in an app bundle, so there is no Info.plist to take a version from.
+  EXPECT_EQ(result["serverInfo"], json::parse(R"({"name":"corvane","version":"dev"})"));
+
+  // The notification and the empty line get nothing, so the next line is the tool list.
+  ASSERT_TRUE(server.writeLine(initialized));
+  ASSERT_TRUE(server.writeLine(""));
+  ASSERT_TRUE(server.writeLine(request(2, "tools/list")));
+  const auto listed = server.readLine();
+  ASSERT_TRUE(listed);
+  json reply = json::parse(*listed);
+  EXPECT_EQ(reply["id"], 2);
+  std::vector<std::string> names;
+  for (auto& tool : reply["result"]["tools"]) names.push_back(tool["name"]);
+  EXPECT_EQ(names, (std::vector<std::string>{"list_running", "stop", "free_memory", "find_free_port"}));
+
+  const HeldPort held;
+  ASSERT_GT(held.port(), 0);
+  ASSERT_TRUE(server.writeLine(toolCall(3, "find_free_port", {{"start", held.port()}})));
+  ASSERT_TRUE(server.writeLine(toolCall(4, "find_free_port")));
+  const auto afterHeld = server.readLine(30), fromDefault = server.readLine();
+  ASSERT_TRUE(afterHeld && fromDefault);
+  const ToolReply pastHeld = toolReply(*afterHeld), first = toolReply(*fromDefault);
+  EXPECT_EQ(pastHeld.id, 3);
+  EXPECT_FALSE(pastHeld.isError);
+  EXPECT_GT(freePortIn(pastHeld.text), held.port()) << pastHeld.text;
+  EXPECT_EQ(first.id, 4);
+  EXPECT_GE(freePortIn(first.text), 3000u) << first.text;
+
+  server.closeInput();
+  EXPECT_EQ(server.readToEnd(), "");
+  EXPECT_EQ(server.waitExit(), 0);
+}
+
+TEST_F(McpTest, TheLastReplyIsWrittenBeforeExitAndBlankInputGetsNothing) {
+  // The last request has no newline after it.
+  const auto ended = testing_support::runCorvane({"mcp"}, "\n\n" + initialized + "\n\n{\"id\":9,\"method\":\"ping\"}");
+  EXPECT_EQ(ended.exitCode, 0);
+  EXPECT_EQ(ended.out, "{\"id\":9,\"jsonrpc\":\"2.0\",\"result\":{}}\n");
+  EXPECT_EQ(ended.err, "");
+
+  const auto blank = testing_support::runCorvane({"mcp"}, "\n\r\n\n");
+  EXPECT_EQ(blank.exitCode, 0);
+  EXPECT_EQ(blank.out, "");
+  EXPECT_EQ(blank.err, "");
+}
+
+// A dev server in a project folder (a repository named like its temporary folder, so unique).
+class McpDevServerTest : public McpTest {
+ protected:
+  void SetUp() override {
+    if (python.empty()) GTEST_SKIP() << "needs python3";
+  }
+
+  std::string makeProject() {
+    const std::string project = fs::canonical(testing_support::makeTempDir("site"));
+    fs::create_directories(project + "/.git");
+    return project;
+  }
+
+  const std::string python = testing_support::systemPython();
+};
+
+TEST_F(McpDevServerTest, ListsTheServerAndPlansFreeingWithoutStoppingIt) {
+  const std::string project = makeProject();
+  const uint16_t port = testing_support::freePort();
+  testing_support::ChildProcess site(
+      python, {"python3", "-m", "http.server", std::to_string(port), "--bind", "127.0.0.1"}, project);
+  ASSERT_TRUE(testing_support::listening(port));
+
+  const auto run = testing_support::runCorvane(
+      {"mcp"}, toolCall(1, "list_running") + "\n" + toolCall(2, "free_memory", {{"gb", 0.5}, {"dry_run", true}}) + "\n");
+  EXPECT_EQ(run.exitCode, 0);
+  EXPECT_EQ(run.err, "");
+  std::vector<std::string> lines;
+  for (size_t at = 0, next; (next = run.out.find('\n', at)) != std::string::npos; at = next + 1)
+    lines.push_back(run.out.substr(at, next - at));
+  ASSERT_EQ(lines.size(), 2u) << run.out;
+
+  const ToolReply listing = toolReply(lines[0]);
+  EXPECT_FALSE(listing.isError);
+  json running = json::parse(listing.text, nullptr, false);
+  ASSERT_TRUE(running.is_object()) << listing.text;
+  EXPECT_TRUE(running["pressure"] == "normal" || running["pressure"] == "warning" || running["pressure"] == "critical");
+  EXPECT_TRUE(running["dev_stack_gb"].is_number());
+  json mine;
+  for (auto& row : running["rows"])
+    if (row["id"] == "server:" + std::to_string(site.pid())) mine = row;
+  ASSERT_TRUE(mine.is_object()) << listing.text;
+  EXPECT_EQ(mine["title"], "Python :" + std::to_string(port));
+  EXPECT_EQ(mine["kind"], "server");
+  EXPECT_EQ(mine["project"], fs::path(project).filename().string());
+  EXPECT_EQ(mine["ports"], json::array({port}));
+  EXPECT_GT(mine["memory_mb"].get<int64_t>(), 0);
+  EXPECT_EQ(mine["building"], false);
+  // Whoever runs the tests started it, and the server's caller is found above the same tests.
+  EXPECT_EQ(mine["can_stop"], true);
+  EXPECT_FALSE(mine.contains("why_not"));
+
+  // What can be freed depends on the machine; a dry run only ever says what it would stop.
+  const ToolReply plan = toolReply(lines[1]);
+  EXPECT_FALSE(plan.isError);
+  if (plan.text != "Nothing to free: no simulators, emulators or daemons you may stop.") {
+    std::stringstream planned(plan.text);
+    for (std::string line; std::getline(planned, line);) EXPECT_TRUE(line.starts_with("Would stop ")) << plan.text;
+  }
+  EXPECT_FALSE(platform::processGone(site.pid()));
+  EXPECT_FALSE(logTouched());
+}
+
+// Coding agents played by copies of the Python interpreter named like them, running fake_agent.py.
+class McpCallerTest : public McpDevServerTest {
+ protected:
+  // Starts the agent `name` ("claude", "codex") with the script's arguments.
+  std::unique_ptr<PipedProgram> agent(const std::string& name, const std::vector<std::string>& arguments) {
+    const std::string bin = root + "/bin", path = bin + "/" + name;
+    fs::create_directories(bin);
+    if (!fs::exists(path)) fs::copy_file(fs::canonical(python), path);
+    std::vector<std::string> all{CORVANE_FIXTURES "/fake_agent.py"};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    return std::make_unique<PipedProgram>(path, all);
+  }
+
+  std::vector<std::string> serving(uint16_t port, const std::string& directory) const {
+    return {"--serve", python, std::to_string(port), directory};
+  }
+
+  // What the agent printed next, as JSON; null when it printed nothing in time.
+  static json said(PipedProgram& agent, double seconds = 10) {
+    const auto line = agent.readLine(seconds);
+    return line ? json::parse(*line, nullptr, false) : json();
+  }
+};
+
+TEST_F(McpCallerTest, AnAgentStopsTheDevServerItStarted) {
+  const uint16_t port = testing_support::freePort();
+  std::vector<std::string> arguments = serving(port, makeProject());
+  // The port as a number: the same call as its decimal text.
+  arguments.insert(arguments.end(),
+                   {"--mcp", CORVANE_EXE, initialize, initialized, toolCall(2, "stop", {{"target", port}})});
+  const auto claude = agent("claude", arguments);
+
+  json server = said(*claude);
+  ASSERT_TRUE(server["server"].is_number()) << server;
+  json session = said(*claude, 60);
+  ASSERT_TRUE(session.is_object()) << "no reply from the agent's server";
+  EXPECT_EQ(session["exit"], 0);
+  EXPECT_EQ(session["stderr"], "");
+  ASSERT_EQ(session["replies"].size(), 2u) << session;
+  const ToolReply stopped = toolReply(session["replies"][1].get<std::string>());
+  const std::string title = "Python :" + std::to_string(port);
+  EXPECT_EQ(stopped.text, "Stopped " + title + " (0.0 GB).\nFreed 0.0 GB.");
+  EXPECT_FALSE(stopped.isError);
+  EXPECT_EQ(session["server_running"], false);
+
+  const auto entries = ActivityLog::standard().read();
+  ASSERT_EQ(entries.size(), 1u);
+  EXPECT_EQ(entries[0].title, title);
+  EXPECT_EQ(entries[0].kind, Item::Kind::server);
+  EXPECT_EQ(entries[0].reason, "Claude Code via MCP");
+}
+
+TEST_F(McpCallerTest, AnAgentLeavesWhatAnotherAgentStartedAlone) {
+  const uint16_t port = testing_support::freePort();
+  const auto codex = agent("codex", serving(port, makeProject()));
+  json server = said(*codex);
+  ASSERT_TRUE(server["server"].is_number()) << server;
+
+  const std::string nothing = fs::path(testing_support::makeTempDir("nothing")).filename();
+  const auto claude = agent("claude", {"--mcp", CORVANE_EXE, toolCall(1, "stop", {{"target", std::to_string(port)}}),
+                                       toolCall(2, "stop", {{"target", nothing}})});
+  json session = said(*claude, 60);
+  ASSERT_TRUE(session.is_object()) << "no reply from the agent's server";
+  EXPECT_EQ(session["exit"], 0);
+  ASSERT_EQ(session["replies"].size(), 2u) << session;
+
+  const ToolReply refused = toolReply(session["replies"][0].get<std::string>());
+  EXPECT_EQ(refused.text, "Left Python :" + std::to_string(port) + " alone: started by another agent (Codex).");
+  EXPECT_TRUE(refused.isError);
+  const ToolReply unmatched = toolReply(session["replies"][1].get<std::string>());
+  EXPECT_EQ(unmatched.text, "Nothing running matches " + nothing + ". list_running shows ids, ports and projects.");
+  EXPECT_TRUE(unmatched.isError);
+
+  EXPECT_FALSE(platform::processGone(server["server"].get<int32_t>()));
+  EXPECT_FALSE(logTouched());
+}
+
+}  // namespace
+}  // namespace corvane
