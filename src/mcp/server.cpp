@@ -9,6 +9,7 @@
 #include "cli/output.h"
 #include "mcp/caller.h"
 #include "mcp/handler.h"
+#include "platform/defaults.h"
 #include "platform/paths.h"
 #include "scanner/plist_file.h"
 #include "scanner/scanner.h"
@@ -50,6 +51,7 @@ int32_t serve() {
     if (line.empty()) continue;
     if (auto reply = handle(line, version, runner)) writeOut(*reply + "\n");
   }
+  platform::closeDefaults();
   return 0;
 }
 

@@ -38,4 +38,8 @@ class DefaultsStore {
   std::string file_;
 };
 
+// Waits for a write in progress and refuses every later one, so that the program can end while a
+// background thread is still discovering tools without leaving a half-written suite behind.
+void closeDefaults();
+
 }  // namespace corvane::platform

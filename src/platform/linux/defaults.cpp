@@ -3,6 +3,8 @@
 // that the desktop app never sees half a file.
 #include "platform/defaults.h"
 
+#include <mutex>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -171,7 +173,22 @@ std::optional<DefaultsDictionary> DefaultsStore::readDictionary(const std::strin
   return dictionaryFromNode(node);
 }
 
+namespace {
+
+// Writes of this process, one at a time; none once the program is ending.
+std::mutex writeMutex;
+bool writesClosed = false;
+
+}  // namespace
+
+void closeDefaults() {
+  std::lock_guard<std::mutex> lock(writeMutex);
+  writesClosed = true;
+}
+
 bool DefaultsStore::writeDictionary(const std::string& key, const DefaultsDictionary& dictionary) const {
+  std::lock_guard<std::mutex> lock(writeMutex);
+  if (writesClosed) return false;
   std::string contents;
   PlistPtr root;
   switch (readWholeFile(file_, contents)) {
