@@ -194,8 +194,6 @@ std::optional<ProcessOwner> processOwner(int32_t pid) {
   return ProcessOwner{info->pbi_uid, pidPath(pid)};
 }
 
-uint32_t currentUser() { return static_cast<uint32_t>(getuid()); }
-
 }  // namespace corvane::platform
 
 #endif  // __APPLE__

@@ -270,6 +270,4 @@ std::optional<ProcessOwner> processOwner(int32_t pid) {
   return owner;
 }
 
-uint32_t currentUser() { return static_cast<uint32_t>(getuid()); }
-
 }  // namespace corvane::platform

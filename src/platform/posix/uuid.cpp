@@ -1,18 +1,13 @@
-#ifdef __APPLE__
-
 #include "platform/uuid.h"
 
-#include <array>
-#include <cstdint>
 #include <cstdio>
-#include <stdlib.h>
+
+#include "platform/posix/random_bytes.h"
 
 namespace corvane::platform {
 
 std::string newUUID() {
-  // arc4random_buf draws from the kernel's generator and cannot fail.
-  std::array<uint8_t, 16> b{};
-  arc4random_buf(b.data(), b.size());
+  auto b = os::randomBytes();
   b[6] = static_cast<uint8_t>((b[6] & 0x0F) | 0x40);  // version 4
   b[8] = static_cast<uint8_t>((b[8] & 0x3F) | 0x80);  // RFC 4122 variant
   char text[37];
@@ -22,5 +17,3 @@ std::string newUUID() {
 }
 
 }  // namespace corvane::platform
-
-#endif  // __APPLE__

@@ -7,6 +7,8 @@
 
 namespace corvane::platform {
 
+// On macOS the desktop app takes the same flock on the same file, so the two never interleave their
+// appends.
 ExclusiveFileLock::ExclusiveFileLock(const std::string& path) {
   fd_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
   if (fd_ < 0) return;

@@ -1,8 +1,7 @@
-// Children are started with posix_spawn and collected with waitpid on their own pid, so concurrent
-// runs never take each other's exit. The wait for the time-out sleeps on a kqueue that reports the
-// child's exit, else polls with short naps.
-#ifdef __APPLE__
-
+// Children are started with posix_spawn (safe beside other threads, unlike a hand-written fork) and
+// collected with waitpid on their own pid, so concurrent runs never take each other's exit. The wait
+// for the time-out sleeps on what the system offers to watch a child's exit (child_exit.h), else polls
+// with short naps.
 #include "platform/child_process.h"
 
 #include <algorithm>
@@ -11,10 +10,11 @@
 #include <csignal>
 #include <fcntl.h>
 #include <spawn.h>
-#include <sys/event.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+
+#include "platform/posix/child_exit.h"
 
 extern char** environ;
 
@@ -48,14 +48,14 @@ class SpawnSetup {
   }
 
   // A child starts with no blocked signals and default dispositions, whatever threads of this program
-  // block or ignore, and with only the three descriptors set up above: sockets and pipes have no
-  // close-on-exec flag at birth here, so another thread's would otherwise leak into the child.
+  // block or ignore (an ignored SIGTERM or SIGPIPE would otherwise be inherited), and with what this
+  // system adds.
   bool signals(bool ownSession) {
     sigset_t none;
     sigset_t all;
     sigemptyset(&none);
     sigfillset(&all);
-    short flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_CLOEXEC_DEFAULT;
+    short flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | os::extraSpawnFlags();
     if (ownSession) flags |= POSIX_SPAWN_SETSID;
     return posix_spawnattr_setsigmask(&attributes_, &none) == 0 &&
            posix_spawnattr_setsigdefault(&attributes_, &all) == 0 && posix_spawnattr_setflags(&attributes_, flags) == 0;
@@ -88,43 +88,18 @@ WaitStatus reapBlocking(pid_t pid) {
   }
 }
 
-timespec timeUntil(Clock::time_point deadline) {
-  const auto left = std::clamp<Clock::duration>(deadline - Clock::now(), Clock::duration::zero(), std::chrono::seconds(60));
-  const auto seconds = std::chrono::floor<std::chrono::seconds>(left);
-  timespec value{};
-  value.tv_sec = static_cast<time_t>(seconds.count());
-  value.tv_nsec = static_cast<long>(std::chrono::duration_cast<std::chrono::nanoseconds>(left - seconds).count());
-  return value;
-}
-
-// A kqueue that fires once the child exits; -1 when it can't be set up, or when the child has already
-// exited and can't be watched any more (the polling wait then collects it at once).
-int watchExit(pid_t pid) {
-  const int queue = kqueue();
-  if (queue < 0) return -1;
-  struct kevent change;
-  EV_SET(&change, static_cast<uintptr_t>(pid), EVFILT_PROC, EV_ADD | EV_ONESHOT, NOTE_EXIT, 0, nullptr);
-  if (kevent(queue, &change, 1, nullptr, 0, nullptr) != 0) {
-    close(queue);
-    return -1;
-  }
-  return queue;
-}
-
 // Waits for the child's end until `deadline`. Returns true with `status` set once it ended, false at
 // the deadline with the child still running (and not yet collected).
-bool reapBefore(pid_t pid, int exitQueue, Clock::time_point deadline, WaitStatus& status) {
-  if (exitQueue >= 0) {
-    for (;;) {
-      const timespec timeout = timeUntil(deadline);
-      struct kevent event;
-      const int ready = kevent(exitQueue, nullptr, 0, &event, 1, &timeout);
-      if (ready > 0 && !(event.flags & EV_ERROR)) {
+bool reapBefore(pid_t pid, int exitWatch, Clock::time_point deadline, WaitStatus& status) {
+  if (exitWatch >= 0) {
+    switch (os::waitForExit(exitWatch, deadline)) {
+      case os::ExitWait::exited:
         status = reapBlocking(pid);
         return true;
-      }
-      if (ready > 0 || (ready < 0 && errno != EINTR)) break;  // fall back to polling below
-      if (ready == 0 && Clock::now() >= deadline) return false;
+      case os::ExitWait::deadline:
+        return false;
+      case os::ExitWait::failed:
+        break;  // fall back to polling below
     }
   }
   auto nap = std::chrono::milliseconds(1);
@@ -155,17 +130,17 @@ Clock::time_point deadlineAfter(Clock::time_point start, double seconds) {
 // The child is signalled by pid only while it has not been collected, so the pid can't have been
 // reused by another process.
 WaitStatus waitWithTimeout(pid_t pid, double timeoutSeconds, double killGraceSeconds) {
-  const int exitQueue = watchExit(pid);
+  const int exitWatch = os::watchExit(pid);
   WaitStatus status;
   const auto termAt = deadlineAfter(Clock::now(), timeoutSeconds);
-  if (!reapBefore(pid, exitQueue, termAt, status)) {
+  if (!reapBefore(pid, exitWatch, termAt, status)) {
     kill(pid, SIGTERM);
-    if (!reapBefore(pid, exitQueue, deadlineAfter(termAt, killGraceSeconds), status)) {
+    if (!reapBefore(pid, exitWatch, deadlineAfter(termAt, killGraceSeconds), status)) {
       kill(pid, SIGKILL);
       status = reapBlocking(pid);
     }
   }
-  if (exitQueue >= 0) close(exitQueue);
+  if (exitWatch >= 0) close(exitWatch);
   return status;
 }
 
@@ -217,7 +192,7 @@ bool launchDetached(const std::string& path, const std::vector<std::string>& arg
   const std::optional<pid_t> pid = setup.streams(-1) && setup.signals(true) ? setup.spawn(path, arguments) : std::nullopt;
   if (!pid) return false;
   // A detached reaper collects the child whenever it ends; should this program end first, the child
-  // is handed to launchd, which collects it instead.
+  // is handed to init (launchd on macOS), which collects it instead.
   try {
     std::thread([child = *pid] { reapBlocking(child); }).detach();
   } catch (...) {
@@ -227,5 +202,3 @@ bool launchDetached(const std::string& path, const std::vector<std::string>& arg
 }
 
 }  // namespace corvane::platform
-
-#endif  // __APPLE__
