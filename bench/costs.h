@@ -1,5 +1,6 @@
 #pragma once
 // Wall-clock and CPU time of pieces of work, ours or a child command's, and their medians.
+#include <cstdio>
 #include <algorithm>
 #include <chrono>
 #include <ctime>
@@ -72,6 +73,27 @@ inline Cost median(const std::vector<Cost>& costs) {
   std::sort(wall.begin(), wall.end());
   std::sort(cpu.begin(), cpu.end());
   return Cost{wall[wall.size() / 2], cpu[cpu.size() / 2]};
+}
+
+// The medians of the measured reading, cold and warm, beside ps + ss, and their ratios.
+inline void printAgainstPsAndSs(const char* coldLabel, const char* warmLabel, const std::vector<Cost>& cold,
+                                const std::vector<Cost>& warm, const std::vector<Cost>& ps,
+                                const std::vector<Cost>& ss, bool toolsRan, size_t rounds) {
+  const Cost coldCost = median(cold), warmCost = median(warm);
+  const Cost psCost = median(ps), ssCost = median(ss);
+  const Cost tools{psCost.wall + ssCost.wall, psCost.cpu + ssCost.cpu};
+  std::printf("medians of %zu rounds, wall-clock and CPU milliseconds:\n", rounds);
+  const auto row = [](const char* what, const Cost& cost) {
+    std::printf("  %-26s %8.2f wall %8.2f cpu\n", what, cost.wall, cost.cpu);
+  };
+  row(coldLabel, coldCost);
+  row(warmLabel, warmCost);
+  row("ps -eo pid,ppid,rss,args", psCost);
+  row("ss -tlnp", ssCost);
+  row(toolsRan ? "ps + ss" : "ps + ss (a tool failed)", tools);
+  std::printf("ratio to ps + ss (target: at most 0.50):\n");
+  std::printf("  cold: %.2f wall, %.2f cpu\n", coldCost.wall / tools.wall, coldCost.cpu / tools.cpu);
+  std::printf("  warm: %.2f wall, %.2f cpu\n", warmCost.wall / tools.wall, warmCost.cpu / tools.cpu);
 }
 
 }  // namespace bench

@@ -41,23 +41,9 @@ int main() {
   getrusage(RUSAGE_SELF, &usage);
 
   for (const auto& item : items) pids += item.pids.size();
-  const Cost coldCost = bench::median(cold), warmCost = bench::median(warm);
-  const Cost psCost = bench::median(ps), ssCost = bench::median(ss);
-  const Cost tools{psCost.wall + ssCost.wall, psCost.cpu + ssCost.cpu};
   std::printf("extra processes started: %zu (ready: %zu)\n", started, ready);
   std::printf("rows of the last scan: %zu, owning %zu processes\n", items.size(), pids);
-  std::printf("medians of %d rounds, wall-clock and CPU milliseconds:\n", rounds);
-  const auto row = [](const char* what, const Cost& cost) {
-    std::printf("  %-26s %8.2f wall %8.2f cpu\n", what, cost.wall, cost.cpu);
-  };
-  row("scan, new scanner", coldCost);
-  row("scan, warm caches", warmCost);
-  row("ps -eo pid,ppid,rss,args", psCost);
-  row("ss -tlnp", ssCost);
-  row(toolsRan ? "ps + ss" : "ps + ss (a tool failed)", tools);
-  std::printf("ratio scan / (ps + ss) (target: at most 0.50):\n");
-  std::printf("  cold: %.2f wall, %.2f cpu\n", coldCost.wall / tools.wall, coldCost.cpu / tools.cpu);
-  std::printf("  warm: %.2f wall, %.2f cpu\n", warmCost.wall / tools.wall, warmCost.cpu / tools.cpu);
+  bench::printAgainstPsAndSs("scan, new scanner", "scan, warm caches", cold, warm, ps, ss, toolsRan, rounds);
   std::printf("peak resident memory of the benchmark: %.1f MB\n", usage.ru_maxrss * 1024 / 1e6);
   return 0;
 }

@@ -38,22 +38,8 @@ int main() {
 
   size_t listening = 0;
   for (const auto& proc : last.procs) listening += proc.listening.empty() ? 0 : 1;
-  const Cost coldCost = bench::median(cold), warmCost = bench::median(warm);
-  const Cost psCost = bench::median(ps), ssCost = bench::median(ss);
-  const Cost tools{psCost.wall + ssCost.wall, psCost.cpu + ssCost.cpu};
   std::printf("extra processes started: %zu (ready: %zu)\n", started, ready);
   std::printf("processes in the snapshot: %zu, with listening ports: %zu\n", last.procs.size(), listening);
-  std::printf("medians of %d rounds, wall-clock and CPU milliseconds:\n", rounds);
-  const auto row = [](const char* what, const Cost& cost) {
-    std::printf("  %-26s %8.2f wall %8.2f cpu\n", what, cost.wall, cost.cpu);
-  };
-  row("snapshot, cold cache", coldCost);
-  row("snapshot, warm cache", warmCost);
-  row("ps -eo pid,ppid,rss,args", psCost);
-  row("ss -tlnp", ssCost);
-  row(toolsRan ? "ps + ss" : "ps + ss (a tool failed)", tools);
-  std::printf("ratio to ps + ss (target: at most 0.50):\n");
-  std::printf("  cold: %.2f wall, %.2f cpu\n", coldCost.wall / tools.wall, coldCost.cpu / tools.cpu);
-  std::printf("  warm: %.2f wall, %.2f cpu\n", warmCost.wall / tools.wall, warmCost.cpu / tools.cpu);
+  bench::printAgainstPsAndSs("snapshot, cold cache", "snapshot, warm cache", cold, warm, ps, ss, toolsRan, rounds);
   return 0;
 }

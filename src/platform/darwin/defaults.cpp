@@ -5,8 +5,7 @@
 #ifdef __APPLE__
 
 #include "platform/defaults.h"
-
-#include <mutex>
+#include "platform/posix/defaults_writes.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <memory>
@@ -86,22 +85,9 @@ std::optional<DefaultsDictionary> DefaultsStore::readDictionary(const std::strin
   return result;
 }
 
-namespace {
-
-// Writes of this process, one at a time; none once the program is ending.
-std::mutex writeMutex;
-bool writesClosed = false;
-
-}  // namespace
-
-void closeDefaults() {
-  std::lock_guard<std::mutex> lock(writeMutex);
-  writesClosed = true;
-}
-
 bool DefaultsStore::writeDictionary(const std::string& key, const DefaultsDictionary& dictionary) const {
-  std::lock_guard<std::mutex> lock(writeMutex);
-  if (writesClosed) return false;
+  const auto lock = os::defaultsWriteLock();
+  if (!lock.owns_lock()) return false;
   const Owned<CFStringRef> domain = makeString(domainOf(file_));
   const Owned<CFStringRef> name = makeString(key);
   const Owned<CFMutableDictionaryRef> stored(CFDictionaryCreateMutable(

@@ -2,8 +2,7 @@
 // property-list form and always written as XML, through a temporary file renamed over the old one so
 // that the desktop app never sees half a file.
 #include "platform/defaults.h"
-
-#include <mutex>
+#include "platform/posix/defaults_writes.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -173,22 +172,9 @@ std::optional<DefaultsDictionary> DefaultsStore::readDictionary(const std::strin
   return dictionaryFromNode(node);
 }
 
-namespace {
-
-// Writes of this process, one at a time; none once the program is ending.
-std::mutex writeMutex;
-bool writesClosed = false;
-
-}  // namespace
-
-void closeDefaults() {
-  std::lock_guard<std::mutex> lock(writeMutex);
-  writesClosed = true;
-}
-
 bool DefaultsStore::writeDictionary(const std::string& key, const DefaultsDictionary& dictionary) const {
-  std::lock_guard<std::mutex> lock(writeMutex);
-  if (writesClosed) return false;
+  const auto lock = os::defaultsWriteLock();
+  if (!lock.owns_lock()) return false;
   std::string contents;
   PlistPtr root;
   switch (readWholeFile(file_, contents)) {

@@ -1,6 +1,8 @@
 #include "platform/defaults.h"
 
 #include <filesystem>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <fstream>
 #include <plist/plist.h>
 
@@ -53,6 +55,29 @@ TEST(DefaultsTest, BinarySuitesAreReadAndBrokenOnesLeftAlone) {
   std::ofstream(dir + "/broken.plist") << "not a property list";
   EXPECT_FALSE(DefaultsStore(dir + "/broken.plist").writeDictionary("pins", {}));
   EXPECT_EQ(readFile(dir + "/broken.plist"), "not a property list");
+}
+
+}  // namespace
+}  // namespace corvane::platform
+
+namespace corvane::platform {
+namespace {
+
+// In a child process of its own, since closing is for the rest of the process's life.
+TEST(DefaultsTest, NoWritesOnceClosed) {
+  const std::string dir = testing_support::makeTempDir("closed");
+  const pid_t child = fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    const DefaultsStore store(dir + "/suite.plist");
+    const bool before = store.writeDictionary("pins", {{"a", std::string("b")}});
+    closeDefaults();
+    const bool after = store.writeDictionary("pins", {{"c", std::string("d")}});
+    _exit(before && !after && store.readDictionary("pins")->count("a") == 1 ? 0 : 1);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
 }
 
 }  // namespace
