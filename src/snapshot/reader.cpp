@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <string_view>
+#include <system_error>
+#include <thread>
 #include <unordered_set>
 
 #include "platform/process_table.h"
@@ -24,17 +26,14 @@ std::vector<std::string> repaired(const std::vector<std::string>& strings) {
 }
 
 // The arguments of a process are read once for its whole life: a cache entry only counts for the
-// process that has this pid and exactly this start time, so a reused pid reads them afresh.
-const std::vector<std::string>& arguments(platform::ProcessTable& table, ArgsCache& cache, int32_t pid,
-                                          Date started) {
+// process that has this pid and exactly this start time, so a reused pid reads them afresh. The cache
+// is only read here; what was read afresh goes to `fresh`, stored once all readers are done.
+std::vector<std::string> arguments(platform::ProcessTable& table, const ArgsCache& cache, int32_t pid, Date started,
+                                   std::vector<std::pair<int32_t, CachedArgs>>& fresh) {
   auto entry = cache.find(pid);
   if (entry != cache.end() && entry->second.started == started) return entry->second.args;
-  CachedArgs fresh{started, repaired(table.args(pid))};
-  if (entry != cache.end()) {
-    entry->second = std::move(fresh);
-    return entry->second.args;
-  }
-  return cache.emplace(pid, std::move(fresh)).first->second.args;
+  fresh.emplace_back(pid, CachedArgs{started, repaired(table.args(pid))});
+  return fresh.back().second.args;
 }
 
 // Listening ports as a set; accepted connections are the established ones on a listening port. A
@@ -49,13 +48,17 @@ void fillPorts(Proc& proc, const std::vector<platform::TcpSocket>& sockets) {
   });
 }
 
-}  // namespace
 
-Snapshot snapshot(ArgsCache& argsCache) {
-  platform::ProcessTable table;
+// One reader's share of the table: the processes of `pids` in their order.
+struct Share {
   std::vector<Proc> procs;
-  std::unordered_set<int32_t> seen;
-  for (const int32_t pid : table.pids()) {
+  std::vector<std::pair<int32_t, CachedArgs>> freshArgs;
+};
+
+void readShare(const std::vector<int32_t>& pids, size_t begin, size_t end, const ArgsCache& cache, Share& share) {
+  platform::ProcessTable table;
+  for (size_t i = begin; i < end; ++i) {
+    const int32_t pid = pids[i];
     if (pid < 1) continue;
     const auto stats = table.stats(pid);
     if (!stats) continue;
@@ -65,8 +68,7 @@ Snapshot snapshot(ArgsCache& argsCache) {
     proc.started = stats->started;
     proc.cpu = stats->cpu;
     proc.footprint = stats->footprint;
-    proc.args = arguments(table, argsCache, pid, stats->started);
-    seen.insert(pid);
+    proc.args = arguments(table, cache, pid, stats->started, share.freshArgs);
     if (const auto path = table.executable(pid)) {
       proc.path = repairedUTF8(*path);
     } else if (!proc.args.empty()) {
@@ -77,7 +79,44 @@ Snapshot snapshot(ArgsCache& argsCache) {
     proc.name = lastPathComponent(proc.path);
     proc.responsible = table.responsible(pid);
     if (!isSystemPath(proc.path)) fillPorts(proc, table.tcpSockets(pid));
-    procs.push_back(std::move(proc));
+    share.procs.push_back(std::move(proc));
+  }
+}
+
+// Nearly all of a snapshot is the kernel answering one small read after another, so a large table
+// is split between the cores; a small one isn't worth a thread.
+size_t readerCount(size_t pids) {
+  constexpr size_t pidsPerReader = 256;
+  const size_t cores = std::max(1u, std::min(4u, std::thread::hardware_concurrency()));
+  return std::max<size_t>(1, std::min(cores, pids / pidsPerReader));
+}
+
+}  // namespace
+
+Snapshot snapshot(ArgsCache& argsCache) {
+  const std::vector<int32_t> pids = platform::ProcessTable().pids();
+  const size_t readers = readerCount(pids.size());
+  std::vector<Share> shares(readers);
+  std::vector<std::thread> threads;
+  for (size_t r = 1; r < readers; ++r) {
+    try {
+      threads.emplace_back(readShare, std::cref(pids), pids.size() * r / readers, pids.size() * (r + 1) / readers,
+                           std::cref(argsCache), std::ref(shares[r]));
+    } catch (const std::system_error&) {
+      readShare(pids, pids.size() * r / readers, pids.size() * (r + 1) / readers, argsCache, shares[r]);
+    }
+  }
+  readShare(pids, 0, pids.size() / readers, argsCache, shares[0]);
+  for (auto& thread : threads) thread.join();
+
+  std::vector<Proc> procs;
+  std::unordered_set<int32_t> seen;
+  for (auto& share : shares) {
+    for (auto& proc : share.procs) {
+      seen.insert(proc.pid);
+      procs.push_back(std::move(proc));
+    }
+    for (auto& [pid, args] : share.freshArgs) argsCache[pid] = std::move(args);
   }
   std::erase_if(argsCache, [&](const auto& entry) { return !seen.contains(entry.first); });
   return Snapshot{std::move(procs), now()};
