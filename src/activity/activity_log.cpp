@@ -8,7 +8,7 @@
 
 #include "platform/file_lock.h"
 #include "platform/paths.h"
-#include "cli/json_output.h"
+#include "snapshot/json_text.h"
 #include "platform/uuid.h"
 
 namespace corvane {

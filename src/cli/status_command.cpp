@@ -1,7 +1,7 @@
 #include <chrono>
 
 #include "cli/commands.h"
-#include "cli/json_output.h"
+#include "snapshot/json_text.h"
 #include "cli/output.h"
 #include "cli/status_report.h"
 #include "scanner/scanner.h"

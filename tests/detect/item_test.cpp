@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "cli/json_output.h"
+#include "snapshot/json_text.h"
 
 namespace corvane {
 namespace {

@@ -1,5 +1,6 @@
 #pragma once
-// JSON as the platform's encoder writes it by default: sorted keys, "/" written as "\/", UTF-8.
+// JSON text as the platform's encoder writes it by default: sorted keys, "/" written as "\/", UTF-8. The
+// command line prints it pretty; the activity log and the agents' listing get it compact.
 #include <optional>
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "cli/json_output.h"
+#include "snapshot/json_text.h"
 
 namespace corvane {
 
