@@ -4,6 +4,7 @@
 #include <cctype>
 #include <string>
 
+#include "detect/app_path.h"
 #include "detect/classifiers.h"
 #include "detect/pipeline.h"
 #include "detect/tables.h"

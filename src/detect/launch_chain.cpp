@@ -1,6 +1,7 @@
 // Who started a process: the climb to the top of its launch chain, and the agent or application above it.
 #include <algorithm>
 
+#include "detect/app_path.h"
 #include "detect/classifiers.h"
 #include "detect/detection.h"
 #include "detect/pipeline.h"
@@ -9,23 +10,10 @@
 
 namespace corvane {
 
-bool isAppPath(const std::string& path) {
-  if (!contains(path, ".app/Contents/")) return false;
-  return std::none_of(inAppToolchains.begin(), inAppToolchains.end(),
-                      [&](std::string_view fragment) { return contains(path, fragment); });
-}
-
 namespace {
 
 bool runsCommandLine(const Proc& shell) {
   return std::find(shell.args.begin(), shell.args.end(), "-c") != shell.args.end();
-}
-
-// The bundle an app path lies in: the last folder name before the first ".app/".
-std::string_view bundleName(std::string_view path) {
-  std::string_view before = path.substr(0, path.find(".app/"));
-  while (!before.empty() && before.back() == '/') before.remove_suffix(1);
-  return lastComponent(before);
 }
 
 }  // namespace
@@ -62,12 +50,10 @@ Launcher Detection::launcher(int32_t pid) {
       found = {*agent, a->pid};
       break;
     }
-    if (isAppPath(a->path)) {
-      const std::string_view bundle = bundleName(a->path);
-      if (!bundle.empty()) {
-        found = {lookup(appNames, bundle).value_or(bundle), std::nullopt};
-        break;
-      }
+    // An application whose bundle has no name is passed over.
+    if (const auto app = appName(a->path); app && !app->empty()) {
+      found = {*app, std::nullopt};
+      break;
     }
     ancestors_[p] = {{}, std::nullopt, true};
     walked.push_back(p);

@@ -18,7 +18,4 @@ std::optional<std::string> agentName(const Proc& proc);
 // The upper-case UDID between two slashes in the device path that launchd_sim is given.
 std::optional<std::string> simulatorUDID(std::string_view argument);
 
-// A path inside an application bundle that is not one of the in-app toolchains.
-bool isAppPath(const std::string& path);
-
 }  // namespace corvane

@@ -24,6 +24,60 @@ inline constexpr std::array<NamePair, 3> appNames = {{
     {"iTerm", "iTerm"},
 }};
 
+// Where installed desktop applications live on Linux, to their display names; the first that matches
+// names the app. A fragment ending in "/" is a folder the executable lies anywhere below; any other is
+// the end of the executable's path. Either may stand anywhere in the path, so the same install is found
+// inside a snap, an AppImage mount or a copy under another root. Runtimes and build tools are left out
+// on purpose: a JVM, node, dotnet or Electron run from a project serves that project.
+inline constexpr std::array<NamePair, 41> linuxApps = {{
+    // Editors and IDEs. JetBrains IDEs start from their native launcher in the install's bin folder
+    // (Toolbox, tarball, snap); the runtime they bundle (jbr/bin/java) also runs the user's builds.
+    {"/usr/share/code/", "VS Code"},
+    {"/app/extra/vscode/", "VS Code"},
+    {"/.vscode-server/bin/", "VS Code"},
+    {"/.vscode-server/cli/", "VS Code"},
+    {"/usr/share/code-insiders/", "VS Code Insiders"},
+    {"/usr/share/cursor/", "Cursor"},
+    {"/.cursor-server/bin/", "Cursor"},
+    {"/.cursor-server/cli/", "Cursor"},
+    {"/usr/share/windsurf/", "Windsurf"},
+    {"/zed-editor", "Zed"},
+    {"/sublime_text/sublime_text", "Sublime Text"},
+    {"/bin/idea", "IntelliJ IDEA"},
+    {"/bin/pycharm", "PyCharm"},
+    {"/bin/webstorm", "WebStorm"},
+    {"/bin/goland", "GoLand"},
+    {"/bin/clion", "CLion"},
+    {"/bin/rider", "Rider"},
+    {"/bin/rubymine", "RubyMine"},
+    {"/bin/phpstorm", "PhpStorm"},
+    {"/bin/datagrip", "DataGrip"},
+    {"/bin/rustrover", "RustRover"},
+    {"/android-studio/bin/studio", "Android Studio"},
+    // Browsers.
+    {"/opt/google/chrome/", "Google Chrome"},
+    {"/usr/lib/chromium/", "Chromium"},
+    {"/opt/microsoft/msedge/", "Microsoft Edge"},
+    {"/opt/brave.com/brave/", "Brave"},
+    {"/usr/lib/firefox/", "Firefox"},
+    {"/usr/lib/firefox-esr/", "Firefox"},
+    // Chat and music clients.
+    {"/usr/lib/slack/", "Slack"},
+    {"/usr/share/discord/", "Discord"},
+    {"/usr/share/spotify/", "Spotify"},
+    // Terminal emulators: the process the shells of their windows run under.
+    {"/gnome-terminal-server", "GNOME Terminal"},
+    {"/ptyxis-agent", "Ptyxis"},
+    {"/bin/konsole", "Konsole"},
+    {"/bin/kitty", "kitty"},
+    {"/bin/alacritty", "Alacritty"},
+    {"/bin/wezterm-gui", "WezTerm"},
+    {"/bin/ghostty", "Ghostty"},
+    {"/bin/tilix", "Tilix"},
+    {"/bin/xfce4-terminal", "Xfce Terminal"},
+    {"/bin/xterm", "xterm"},
+}};
+
 inline constexpr std::array<std::string_view, 12> shells = {
     "zsh", "bash", "sh", "fish", "dash", "nu", "tcsh", "csh", "ksh", "pwsh", "xonsh", "elvish"};
 

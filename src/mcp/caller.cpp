@@ -3,6 +3,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "detect/app_path.h"
 #include "detect/pipeline.h"
 
 namespace corvane::MCP {

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "support/child_process.h"
+#include "support/piped_program.h"
 #include "support/listeners.h"
 #include "support/run_program.h"
 
@@ -16,6 +17,7 @@ namespace {
 using testing_support::ChildProcess;
 using testing_support::freePort;
 using testing_support::listening;
+using testing_support::PipedProgram;
 using testing_support::runCorvane;
 
 // The heading of the group a row line stands in; "" when the line is missing.
@@ -80,6 +82,37 @@ TEST(StatusCommandTest, ListsADevServerUnderItsProjectAndADatabase) {
   EXPECT_EQ((*d)["kind"], "database");
   EXPECT_EQ((*d)["key"], "db:redis-server");
   EXPECT_EQ((*d)["guarded"], true);
+}
+
+// VS Code as installed, under a root of the test's own: the interpreter copied to the editor's path,
+// listening in a project and serving it from a child of its own, as its integrated terminal would.
+TEST(StatusCommandTest, AnApplicationIsNoRowAndNamesWhatItStarted) {
+  const std::string python = testing_support::systemPython();
+  if (python.empty()) GTEST_SKIP() << "needs python3";
+  namespace fs = std::filesystem;
+  const std::string root = fs::canonical(testing_support::makeTempDir("apps"));
+  const std::string code = root + "/usr/share/code/code", shop = root + "/shop";
+  fs::create_directories(shop + "/.git");
+  fs::create_directories(fs::path(code).parent_path());
+  fs::copy_file(fs::canonical(python), code);
+  const uint16_t own = freePort(), served = freePort();
+  PipedProgram editor(code, {CORVANE_FIXTURES "/fake_agent.py", "--listen", std::to_string(own), shop, "--serve",
+                             python, std::to_string(served), shop});
+  const auto said = editor.readLine();
+  const auto server = nlohmann::json::parse(said.value_or(""), nullptr, false)["server"];
+  ASSERT_TRUE(server.is_number()) << said.value_or("nothing");
+  ASSERT_TRUE(listening(own));
+
+  auto status = runCorvane({"status", "--json"});
+  ASSERT_EQ(status.exitCode, 0) << status.err;
+  const auto items = nlohmann::json::parse(status.out);
+  for (const auto& item : items)
+    for (const auto& pid : item["pids"]) EXPECT_NE(pid, editor.pid()) << item["id"];
+  const auto* s = row(items, "server:" + std::to_string(server.get<int>()));
+  ASSERT_NE(s, nullptr) << status.out;
+  EXPECT_EQ((*s)["startedBy"], "VS Code");
+  EXPECT_EQ((*s)["ports"], nlohmann::json::array({served}));
+  EXPECT_EQ((*s)["project"], "shop");
 }
 
 }  // namespace

@@ -122,13 +122,14 @@ TEST(MacLaptopTest, XcodeServicesAreUnguardedOnceXcodeQuits) {
 
 TEST(LinuxWorkstationTest, Rows) {
   expectRows(detect(loadWorld("linux_workstation.json")), {
-      {"avd:1201", "avd:Pixel_7_API_34", "Pixel 7 API 34", {1201}, 2'600'000'000, {5554, 5555}},
+      // Started from a GNOME Terminal window, like the server and the agent below.
+      {"avd:1201", "avd:Pixel_7_API_34", "Pixel 7 API 34", {1201}, 2'600'000'000, {5554, 5555}, "GNOME Terminal"},
       {"docker:Docker Engine", "docker:Docker Engine", "Docker Engine", {1120, 1121}, 120'000'000, {}},
       {"gradle:1300", "gradle 8.10.2", "Gradle daemon 8.10.2", {1300}, 1'200'000'000, {38411}},
-      {"server:1401", "server:/home/dev/webapp:Node", "Node :8080", {1401, 1402}, 130'000'000, {8080}},
+      {"server:1401", "server:/home/dev/webapp:Node", "Node :8080", {1401, 1402}, 130'000'000, {8080}, "GNOME Terminal"},
       // Codex runs commands with "bash -lc", which is not "-c": the climb stops at the server.
       {"server:1506", "server:/home/dev/api:Python", "Python :8000", {1506}, 20'000'000, {8000}, "Codex", 1501},
-      {"agent:1501", "agent:/home/dev/api", "Codex", {1501, 1503, 1504, 1505}, 248'000'000, {}, {}, {}, true},
+      {"agent:1501", "agent:/home/dev/api", "Codex", {1501, 1503, 1504, 1505}, 248'000'000, {}, "GNOME Terminal", {}, true},
   });
 }
 

@@ -62,6 +62,53 @@ TEST(LauncherTest, NearestAgentOrApplicationAbove) {
   EXPECT_EQ(d.launcher(10), Launcher{});
 }
 
+// Each executable listens in a project and has started a server there. An application is no row and
+// names the server's launcher; a runtime or tool is the server, owning what it started.
+TEST(AppPathTest, LinuxInstallsAreAppsRuntimesAndToolsAreNot) {
+  const std::pair<std::string, std::optional<std::string>> cases[] = {
+      {"/usr/share/code/code", "VS Code"},
+      {"/snap/code/172/usr/share/code/code", "VS Code"},
+      {"/usr/share/code-insiders/code-insiders", "VS Code Insiders"},
+      {"/usr/share/cursor/cursor", "Cursor"},
+      {"/tmp/.mount_CursorAbC123/usr/share/cursor/cursor", "Cursor"},
+      {"/home/ann/.local/zed.app/libexec/zed-editor", "Zed"},
+      {"/home/ann/.local/share/JetBrains/Toolbox/apps/intellij-idea-ultimate/bin/idea", "IntelliJ IDEA"},
+      {"/opt/android-studio/bin/studio", "Android Studio"},
+      {"/opt/google/chrome/chrome", "Google Chrome"},
+      {"/usr/lib/firefox-esr/firefox-esr", "Firefox"},
+      {"/usr/lib/slack/slack", "Slack"},
+      {"/usr/share/spotify/spotify", "Spotify"},
+      {"/app/extra/vscode/code", "VS Code"},
+      {"/home/ann/.vscode-server/bin/8b3775030ed1a69b13e4f4c628c612102e30a681/node", "VS Code"},
+      {"/usr/libexec/gnome-terminal-server", "GNOME Terminal"},
+      {"/usr/bin/konsole", "Konsole"},
+      {"/usr/bin/kitty", "kitty"},
+      {"/tmp/corvane-test-x/usr/share/code/code", "VS Code"},
+      {"/usr/lib/systemd/systemd", std::nullopt},
+      {"/usr/lib/jvm/java-17-openjdk-amd64/bin/java", std::nullopt},
+      {"/home/ann/.local/share/JetBrains/Toolbox/apps/intellij-idea-ultimate/jbr/bin/java", std::nullopt},
+      {"/opt/node-v20.11.0-linux-x64/bin/node", std::nullopt},
+      {"/home/ann/.nvm/versions/node/v20.11.0/bin/node", std::nullopt},
+      {"/usr/share/dotnet/dotnet", std::nullopt},
+      {"/usr/lib/erlang/erts-14.2/bin/beam.smp", std::nullopt},
+      {"/home/ann/Android/Sdk/emulator/qemu/linux-x86_64/qemu-system-x86_64", std::nullopt},
+      {"/home/ann/shop/node_modules/electron/dist/electron", std::nullopt},
+      {"/usr/bin/node", std::nullopt},
+      {"/usr/bin/python3.11", std::nullopt},
+      {"/usr/bin/kitty-tool", std::nullopt},
+  };
+  for (const auto& [path, name] : cases) {
+    SCOPED_TRACE(path);
+    const auto items = detect(worldOf({
+        makeProc(10, 1, path, {path}, app, {63342}),
+        makeProc(11, 10, "/usr/bin/python3", {"python3", "-m", "http.server"}, app, {8000}),
+    }));
+    ASSERT_EQ(items.size(), 1u);
+    EXPECT_EQ(items[0].id, name ? "server:11" : "server:10");
+    EXPECT_EQ(items[0].startedBy, name);
+  }
+}
+
 TEST(AgentNameTest, ByNameScriptOrInstall) {
   const std::pair<Proc, std::optional<std::string>> cases[] = {
       {makeProc(1, 0, "/opt/homebrew/bin/claude"), "Claude Code"},
