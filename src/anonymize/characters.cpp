@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "snapshot/unicode.h"
+
 namespace corvane {
 namespace {
 
@@ -9,25 +11,24 @@ bool isHexDigit(char c) {
   return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
 }
 
-bool isContinuationByte(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
-
 }  // namespace
 
-bool isLetter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || static_cast<unsigned char>(c) >= 0x80;
+bool containsLetter(std::string_view text) {
+  const auto all = characters(text);
+  return std::any_of(all.begin(), all.end(), [](std::string_view c) { return isLetter(c); });
 }
-
-bool containsLetter(std::string_view text) { return std::any_of(text.begin(), text.end(), isLetter); }
 
 bool containsDigit(std::string_view text) {
-  return std::any_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+  const auto all = characters(text);
+  return std::any_of(all.begin(), all.end(), [](std::string_view c) { return isDecimalDigit(c); });
 }
 
-bool isLettersOnly(std::string_view text) { return std::all_of(text.begin(), text.end(), isLetter); }
-
-size_t characterCount(std::string_view text) {
-  return static_cast<size_t>(std::count_if(text.begin(), text.end(), [](char c) { return !isContinuationByte(c); }));
+bool isLettersOnly(std::string_view text) {
+  const auto all = characters(text);
+  return std::all_of(all.begin(), all.end(), [](std::string_view c) { return isLetter(c); });
 }
+
+size_t characterCount(std::string_view text) { return characters(text).size(); }
 
 bool isUUID(std::string_view text) {
   if (text.size() != 36) return false;

@@ -6,6 +6,7 @@
 #include "anonymize/characters.h"
 #include "anonymize/hash.h"
 #include "anonymize/tables.h"
+#include "snapshot/unicode.h"
 
 namespace corvane {
 namespace {
@@ -34,9 +35,7 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
 }
 
 bool announcesSecret(std::string_view word) {
-  std::string lower(word);
-  std::transform(lower.begin(), lower.end(), lower.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  const std::string lower = lowercasedText(word);
   return std::any_of(secretWords.begin(), secretWords.end(),
                      [&](std::string_view secret) { return lower.find(secret) != std::string::npos; });
 }
@@ -111,12 +110,16 @@ std::string rewriteArgument(RewriteState& state, std::string_view argument) {
   if (argument.starts_with('/') || argument.starts_with('~')) return rewritePath(state, argument, false);
   std::string result;
   size_t start = 0;
-  for (size_t i = 0; i <= argument.size(); ++i) {
-    if (i < argument.size() && !isWordSeparator(argument[i])) continue;
-    result += rewriteWord(state, argument.substr(start, i - start));
-    if (i < argument.size()) result += argument[i];
-    start = i + 1;
+  size_t at = 0;
+  for (const std::string_view character : characters(argument)) {
+    at += character.size();
+    if (!isWordSeparator(character)) continue;
+    const size_t separatorStart = at - character.size();
+    result += rewriteWord(state, argument.substr(start, separatorStart - start));
+    result += character;
+    start = at;
   }
+  result += rewriteWord(state, argument.substr(start));
   return result;
 }
 

@@ -3,6 +3,7 @@
 #include <unordered_set>
 
 #include "detect/tables.h"
+#include "snapshot/unicode.h"
 
 namespace corvane {
 namespace {
@@ -32,13 +33,9 @@ bool isPublicName(std::string_view component) {
   return names.contains(component);
 }
 
-bool isWordSeparator(char c) {
-  switch (c) {
-    case ' ': case '\t': case '\n': case '\v': case '\f': case '\r':
-      return true;
-    default:
-      return wordSeparators.find(c) != std::string_view::npos;
-  }
+bool isWordSeparator(std::string_view character) {
+  if (character.size() == 1 && wordSeparators.find(character.front()) != std::string_view::npos) return true;
+  return isWhiteSpace(character);
 }
 
 }  // namespace corvane

@@ -42,7 +42,8 @@ inline constexpr std::string_view wordSeparators = ":=,;\"'";
 // A fixed public name, or the process name of a coding agent or a database.
 bool isPublicName(std::string_view component);
 
-// ASCII whitespace or one of wordSeparators. Multi-byte (non-ASCII) spaces stay inside words.
-bool isWordSeparator(char c);
+// A character (see characters()) that is white space of any kind, no-break spaces and line
+// separators included, or one of wordSeparators.
+bool isWordSeparator(std::string_view character);
 
 }  // namespace corvane

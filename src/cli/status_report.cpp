@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "snapshot/unicode.h"
+#include "snapshot/utf8.h"
+
 namespace corvane {
 
 namespace {
@@ -11,26 +14,18 @@ constexpr size_t titleUnits = 34;
 constexpr size_t memoryWidth = 8;
 constexpr std::string_view dot = " \xC2\xB7 ";  // U+00B7 with a blank on each side
 
-// Length in bytes of the UTF-8 sequence that starts with `lead`; invalid leads count as one byte.
-size_t sequenceLength(unsigned char lead) {
-  if (lead >= 0xF0 && lead < 0xF8) return 4;
-  if (lead >= 0xE0) return lead < 0xF0 ? 3 : 1;
-  if (lead >= 0xC0) return 2;
-  return 1;
-}
-
 // The title padded with blanks or cut to exactly 34 UTF-16 code units. A character outside the basic
 // plane takes two units and is never split: the cut then falls before it and a blank fills the gap.
 std::string titleField(const std::string& title) {
   std::string result;
   size_t units = 0;
   for (size_t i = 0; i < title.size();) {
-    size_t length = std::min(sequenceLength(static_cast<unsigned char>(title[i])), title.size() - i);
-    size_t width = length == 4 ? 2 : 1;
+    const DecodedScalar scalar = decodeUTF8(title, i);
+    const size_t width = scalar.value > 0xFFFF ? 2 : 1;
     if (units + width > titleUnits) break;
-    result.append(title, i, length);
+    result.append(title, i, scalar.length);
     units += width;
-    i += length;
+    i += scalar.length;
   }
   result.append(titleUnits - units, ' ');
   return result;
@@ -90,16 +85,27 @@ std::string statusText(const std::vector<Item>& items, const std::map<std::strin
   for (const auto& item : items)
     if (item.counted) header.devStack += item.memory;
 
-  // std::map orders groups by their UTF-8 bytes, which is the order of their Unicode scalars.
-  std::map<std::string, std::vector<const Item*>> groups;
-  for (const auto& item : items)
-    groups[item.project ? *item.project : std::string(groupName(item.kind))].push_back(&item);
+  // Groups are keyed by the composed form of their name, whose UTF-8 byte order is the order of its
+  // Unicode scalars: a folder spelt with a combining accent joins, and sorts as, the one spelt with the
+  // precomposed letter. The heading is the spelling of the group's first row.
+  struct Group {
+    std::string heading;
+    std::vector<const Item*> rows;
+  };
+  std::map<std::string, Group> groups;
+  for (const auto& item : items) {
+    const std::string name = item.project ? *item.project : std::string(groupName(item.kind));
+    Group& group = groups[composedText(name)];
+    if (group.rows.empty()) group.heading = name;
+    group.rows.push_back(&item);
+  }
 
   std::string text = headerLine(header) + "\n\n";
-  for (auto& [name, rows] : groups) {
-    text += name + "\n";
-    std::stable_sort(rows.begin(), rows.end(), [](const Item* a, const Item* b) { return a->memory > b->memory; });
-    for (const Item* item : rows) text += rowLine(*item, !pins.empty() && pins.count(item->key) > 0) + "\n";
+  for (auto& [key, group] : groups) {
+    text += group.heading + "\n";
+    std::stable_sort(group.rows.begin(), group.rows.end(),
+                     [](const Item* a, const Item* b) { return a->memory > b->memory; });
+    for (const Item* item : group.rows) text += rowLine(*item, !pins.empty() && pins.count(item->key) > 0) + "\n";
   }
   return text;
 }

@@ -79,9 +79,9 @@ json toJSON(const Item& item) {
   if (item.project) j["project"] = *item.project;
   if (item.startedBy) j["startedBy"] = *item.startedBy;
   if (item.agentPID) j["agentPID"] = *item.agentPID;
-  if (item.started) j["started"] = iso8601(*item.started);
+  if (item.started) j["started"] = iso8601WholeSeconds(*item.started);
   if (item.stop) j["stop"] = toJSON(*item.stop);
-  if (item.idleSince) j["idleSince"] = iso8601(*item.idleSince);
+  if (item.idleSince) j["idleSince"] = iso8601WholeSeconds(*item.idleSince);
   return j;
 }
 

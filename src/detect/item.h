@@ -110,6 +110,7 @@ struct Container {
 };
 
 nlohmann::json toJSON(const Stop& stop);
+// Dates in whole seconds: this is the form the command line prints.
 nlohmann::json toJSON(const Item& item);
 nlohmann::json toJSON(const Container& container);
 Decoded<Stop> decodeStop(const nlohmann::json& json);

@@ -76,6 +76,9 @@ std::optional<std::string> handle(std::string_view line, const std::string& vers
     if (opens && depth >= maxDepth) tooDeep = true;
     return true;
   };
+  // The reader takes a NUL byte for the end of its input and would answer the text before it; JSON has
+  // no place for a raw NUL, so a line holding one does not parse.
+  if (line.find('\0') != std::string_view::npos) return errorReply(-32700, "Parse error", nullptr);
   json request = json::parse(line.begin(), line.end(), watchDepth, false);
   if (request.is_discarded() || tooDeep || !(request.is_object() || request.is_array()))
     return errorReply(-32700, "Parse error", nullptr);

@@ -66,6 +66,10 @@ std::string iso8601(Date date) {
   return text + "Z";
 }
 
+std::string iso8601WholeSeconds(Date date) {
+  return iso8601(std::chrono::floor<std::chrono::seconds>(date));
+}
+
 std::optional<Date> parseISO8601(std::string_view text) {
   using namespace std::chrono;
   size_t pos = 0;

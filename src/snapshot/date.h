@@ -17,6 +17,9 @@ double secondsBetween(Date from, Date to);
 
 // "2026-03-01T09:15:00Z", with ".123456" (trailing zeros dropped) when the date has a fraction.
 std::string iso8601(Date date);
+// "2026-03-01T09:15:00Z" always: the fraction is dropped, as the platform's ISO 8601 encoder drops it,
+// so that readers decoding with that encoder's counterpart accept the text.
+std::string iso8601WholeSeconds(Date date);
 // Accepts a fraction of any length and "Z", "+HH:MM", "+HHMM" or "+HH" as the offset.
 std::optional<Date> parseISO8601(std::string_view text);
 

@@ -6,57 +6,55 @@ namespace corvane {
 
 namespace {
 
+constexpr char32_t replacementScalar = 0xFFFD;
 constexpr std::string_view replacement = "\xEF\xBF\xBD";
 
-// Length of the well-formed sequence that starts at `at`, or 0 with `consumed` set to the length
-// of the maximal prefix of one that has to be replaced as a whole.
-size_t sequenceLength(std::string_view bytes, size_t at, size_t& consumed) {
+}  // namespace
+
+DecodedScalar decodeUTF8(std::string_view bytes, size_t at) {
   const auto byte = [&](size_t i) { return static_cast<unsigned char>(bytes[i]); };
   const unsigned char lead = byte(at);
-  consumed = 1;
-  if (lead < 0x80) return 1;
+  if (lead < 0x80) return {lead, 1};
   size_t length = 0;
+  char32_t value = 0;
   unsigned char low = 0x80, high = 0xBF;  // the allowed range of the second byte
   if (lead >= 0xC2 && lead <= 0xDF) {
     length = 2;
+    value = lead & 0x1F;
   } else if (lead >= 0xE0 && lead <= 0xEF) {
     length = 3;
+    value = lead & 0x0F;
     if (lead == 0xE0) low = 0xA0;
     if (lead == 0xED) high = 0x9F;
   } else if (lead >= 0xF0 && lead <= 0xF4) {
     length = 4;
+    value = lead & 0x07;
     if (lead == 0xF0) low = 0x90;
     if (lead == 0xF4) high = 0x8F;
   } else {
-    return 0;
+    return {replacementScalar, 1};
   }
   for (size_t i = 1; i < length; ++i) {
-    if (at + i >= bytes.size()) return 0;
+    if (at + i >= bytes.size()) return {replacementScalar, i};
     const unsigned char next = byte(at + i);
     const unsigned char min = i == 1 ? low : 0x80;
     const unsigned char max = i == 1 ? high : 0xBF;
-    if (next < min || next > max) return 0;
-    consumed = i + 1;
+    if (next < min || next > max) return {replacementScalar, i};
+    value = (value << 6) | (next & 0x3F);
   }
-  return length;
+  return {value, length};
 }
-
-}  // namespace
 
 std::string repairedUTF8(std::string_view bytes) {
   std::string text;
   text.reserve(bytes.size());
   size_t at = 0;
   while (at < bytes.size()) {
-    size_t consumed = 0;
-    const size_t length = sequenceLength(bytes, at, consumed);
-    if (length > 0) {
-      text.append(bytes.substr(at, length));
-      at += length;
-      continue;
-    }
-    text.append(replacement);
-    at += consumed;
+    const DecodedScalar scalar = decodeUTF8(bytes, at);
+    // A well-formed U+FFFD in the input is copied like any other scalar.
+    const bool wellFormed = scalar.value != replacementScalar || bytes.substr(at, scalar.length) == replacement;
+    text.append(wellFormed ? bytes.substr(at, scalar.length) : replacement);
+    at += scalar.length;
   }
   return text;
 }

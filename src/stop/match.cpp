@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "stop/case_fold.h"
+#include "snapshot/unicode.h"
 
 namespace corvane {
 
@@ -28,9 +28,12 @@ Match match(std::string_view target, const std::vector<Item>& items) {
       if (std::find(item.ports.begin(), item.ports.end(), *port) != item.ports.end()) return {{item}, true};
   }
 
+  // Case and the spelling of accents don't count: "STRASSE" names "straße", and "école" typed with
+  // U+00E9 names the folder whose name holds "e" and a combining accent.
+  const std::string folded = foldedText(target);
   Match result;
   for (const Item& item : items)
-    if (item.project && equalIgnoringCase(*item.project, target)) result.items.push_back(item);
+    if (item.project && foldedText(*item.project) == folded) result.items.push_back(item);
   return result;
 }
 

@@ -16,7 +16,7 @@ struct Match {
 
 // The first try that finds anything decides: the item whose id equals the target; the first item
 // listening on the port the target spells ("3000", ":3000", "+3000"); every item whose project equals
-// the whole target, ignoring case.
+// the whole target, ignoring case and canonically equivalent spellings.
 Match match(std::string_view target, const std::vector<Item>& items);
 
 // The port a target spells: one leading ":" dropped, then decimal digits with at most a leading "+",

@@ -68,5 +68,29 @@ TEST_F(RulesTest, WordsThatLookLikeTokensAddressesOrPrivateNamesAreHashed) {
   EXPECT_EQ(arg("--config=./shop/app.json"), "--config=./" + h("shop") + "/" + h("app") + ".json");
 }
 
+TEST_F(RulesTest, LettersDigitsAndWhiteSpaceAreThoseOfUnicode) {
+  // Components: kept when they hold no letter of any script.
+  for (const char* kept : {"2024\xE2\x80\x93" "2025", "\xF0\x9F\x9A\x80", "100\xE2\x82\xAC", "\xCC\x81\xCC\x81", "\xD9\xA3\xD9\xA4"})
+    EXPECT_EQ(component(kept), kept);
+  for (const char* hashed : {"\xC3\xA9" "cole", "e\xCC\x81", "\xE6\x9D\xB1\xE4\xBA\xAC", "\xE2\x84\xA6mega", "\xED\x95\x9C"})
+    EXPECT_EQ(component(hashed), h(hashed));
+  // An extension of letters with a combining accent is still letters only, and short.
+  EXPECT_EQ(component("menu.cafe\xCC\x81"), h("menu") + ".cafe\xCC\x81");
+
+  // Arguments: every white space separates words, no-break and ideographic spaces too.
+  for (const char* space : {"\xC2\xA0", "\xE3\x80\x80", "\xE2\x80\xA8", "\xC2\x85", "\t", "\xE2\x80\xAF"}) {
+    state.secretNext = false;
+    EXPECT_EQ(arg(std::string("password") + space + "hunter2"), std::string("password") + space + h("hunter2")) << space;
+  }
+  state.secretNext = false;
+  EXPECT_EQ(arg("\xE2\x84\xAA" "EY=v"), "\xE2\x84\xAA" "EY=" + h("v"));  // a Kelvin sign lower-cases to "k"
+  state.secretNext = false;
+  // Words of 20 characters with a digit of any script look like tokens; accents don't add characters.
+  EXPECT_EQ(arg("abcdefghijklmnopqrs\xD9\xA3"), h("abcdefghijklmnopqrs\xD9\xA3"));
+  std::string accented;
+  for (int i = 0; i < 10; ++i) accented += "e\xCC\x81";
+  EXPECT_EQ(arg(accented + "1"), accented + "1");
+}
+
 }  // namespace
 }  // namespace corvane

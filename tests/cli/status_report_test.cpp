@@ -48,6 +48,34 @@ TEST(StatusReportTest, TitlesCountUTF16Units) {
   EXPECT_EQ(line[38], ' ');
   Item emoji = row("x", Item::Kind::server, std::string(33, 'a') + "\xF0\x9F\x9A\x80", 0);
   EXPECT_EQ(rowLine(emoji, false).substr(2, 35), std::string(33, 'a') + "  ");
+
+  // Combining marks are one unit each, with or without a letter to sit on.
+  std::string marks;
+  for (int i = 0; i < 40; ++i) marks += "\xCC\x81";
+  Item accents = row("y", Item::Kind::server, marks, 0);
+  EXPECT_EQ(rowLine(accents, false).substr(2, 34 * 2 + 1), marks.substr(0, 34 * 2) + " ");
+  Item short_ = row("z", Item::Kind::server, "e\xCC\x81" "cole", 0);
+  EXPECT_EQ(rowLine(short_, false).substr(2, 7 + 29 + 1), "e\xCC\x81" "cole" + std::string(29, ' ') + " ");
+}
+
+TEST(StatusReportTest, GroupsFollowTheComposedFormOfTheirNames) {
+  // In scan order; "école" once with a combining accent, once with U+00E9; 한 once as jamo.
+  const char* projects[] = {"shop-web", "e\xCC\x81" "cole", "caf\xC3\xA9", "fox", "\xC3\xA9" "cole", "Zed",
+                            "\xE1\x84\x92\xE1\x85\xA1\xE1\x86\xAB", "\xED\x95\x9C"};
+  std::vector<Item> items;
+  for (const char* project : projects) {
+    items.push_back(row(std::string("server:") + std::to_string(items.size()), Item::Kind::server, "S", 1));
+    items.back().project = project;
+  }
+  const std::string text = statusText(items, {}, Pressure::normal, 0, 0);
+  std::string headings;
+  for (size_t pos = text.find("\n\n") + 2; pos < text.size();) {
+    const size_t end = text.find('\n', pos);
+    headings += text[pos] == ' ' ? "." : "|" + text.substr(pos, end - pos) + ":";
+    pos = end + 1;
+  }
+  // A group's heading is spelt as its first row's project.
+  EXPECT_EQ(headings, "|Zed:.|caf\xC3\xA9:.|fox:.|shop-web:.|e\xCC\x81" "cole:..|\xE1\x84\x92\xE1\x85\xA1\xE1\x86\xAB:..");
 }
 
 TEST(StatusReportTest, GroupsSortedByStringRowsByMemoryStable) {

@@ -65,7 +65,7 @@ TEST(ItemTest, RoundTripsAndLeavesOutAbsentOptionals) {
   item.project = "shop";
   item.startedBy = "Claude Code";
   item.agentPID = 900;
-  item.idleSince = dateFromSeconds(1772356000.5);
+  item.idleSince = dateFromSeconds(1772356000);
   item.stop.reset();
   back = decodeItem(json::parse(toJSON(item).dump()));
   ASSERT_TRUE(back) << back.error;
@@ -78,6 +78,18 @@ TEST(ItemTest, RoundTripsAndLeavesOutAbsentOptionals) {
   bad["stop"] = json::parse(R"({"signal": {}, "emulator": {}})");
   EXPECT_EQ(decodeItem(bad).error, "Item: \"stop\": Invalid number of keys found, expected one.");
   EXPECT_FALSE(decodeItem(json("item")));
+}
+
+TEST(ItemTest, DatesAreWrittenInWholeSeconds) {
+  for (auto [seconds, text] : std::initializer_list<std::pair<double, const char*>>{
+           {1772356500, "2026-03-01T09:15:00Z"}, {1772356500.21, "2026-03-01T09:15:00Z"},
+           {1772356500.999999, "2026-03-01T09:15:00Z"}, {-1.5, "1969-12-31T23:59:58Z"}}) {
+    Item item = sampleItem();
+    item.started = item.idleSince = dateFromSeconds(seconds);
+    const json j = toJSON(item);
+    EXPECT_EQ(j["started"], text) << seconds;
+    EXPECT_EQ(j["idleSince"], text) << seconds;
+  }
 }
 
 TEST(ContainerTest, RoundTripsWithAndWithoutProject) {

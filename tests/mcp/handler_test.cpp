@@ -33,6 +33,10 @@ TEST(HandlerTest, ErrorTable) {
   EXPECT_EQ(send("42")->at("error")["code"], -32700);
   EXPECT_EQ(send("\"ping\"")->at("error")["code"], -32700);
   EXPECT_EQ(send("{\"id\":1,\"method\":\"p\xff\"}")->at("error")["code"], -32700);
+  using namespace std::string_literals;
+  for (const std::string& nul : {"{\"id\":1,\"method\":\"ping\"}\0garbage"s, "{\"id\":1,\"method\":\"ping\"}\0"s,
+                                 "{\"id\":1,\"method\":\"pi\0ng\"}"s, "\0"s})
+    EXPECT_EQ(handle(nul, "1", nullptr), R"({"error":{"code":-32700,"message":"Parse error"},"id":null,"jsonrpc":"2.0"})");
 
   auto batch = send(R"([{"jsonrpc":"2.0","id":1,"method":"ping"}])");
   EXPECT_EQ(*batch, json::parse(R"({"error":{"code":-32600,"message":"Invalid request"},"id":null,"jsonrpc":"2.0"})"));

@@ -157,6 +157,11 @@ TEST_F(McpTest, TheLastReplyIsWrittenBeforeExitAndBlankInputGetsNothing) {
   EXPECT_EQ(ended.out, "{\"id\":9,\"jsonrpc\":\"2.0\",\"result\":{}}\n");
   EXPECT_EQ(ended.err, "");
 
+  // A NUL byte is part of the line, and JSON has no room for one: the ping before it is not answered.
+  using namespace std::string_literals;
+  const auto nul = testing_support::runCorvane({"mcp"}, "{\"id\":1,\"method\":\"ping\"}\0garbage\n"s);
+  EXPECT_EQ(nul.out, "{\"error\":{\"code\":-32700,\"message\":\"Parse error\"},\"id\":null,\"jsonrpc\":\"2.0\"}\n");
+
   const auto blank = testing_support::runCorvane({"mcp"}, "\n\r\n\n");
   EXPECT_EQ(blank.exitCode, 0);
   EXPECT_EQ(blank.out, "");

@@ -6,6 +6,8 @@
 #include <csignal>
 #include <filesystem>
 #include <fcntl.h>
+#include <fstream>
+#include <sstream>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <thread>
@@ -223,6 +225,55 @@ TEST(ReaderTest, ZombieIsRecordedWithEmptyReadings) {
   EXPECT_EQ(proc->cwd, "/");
   EXPECT_TRUE(proc->listening.empty());
 }
+
+#ifdef __linux__
+// Rewrites the title of the calling process in place, as servers that name their workers do: the
+// argument area holds the title and NUL bytes up to its old end.
+void rewriteTitle(const std::string& title) {
+  std::ifstream statFile("/proc/self/stat");
+  std::string stat((std::istreambuf_iterator<char>(statFile)), std::istreambuf_iterator<char>());
+  std::istringstream fields(stat.substr(stat.rfind(')') + 2));
+  std::string state;
+  fields >> state;
+  std::vector<uint64_t> numbers(4);  // numbers[n] is field n; fields 1 to 3 are no numbers of use here
+  for (uint64_t n; fields >> n;) numbers.push_back(n);
+  if (numbers.size() < 50) return;
+  const uint64_t start = numbers[48], end = numbers[49];
+  std::string area(end - start, '\0');
+  area.replace(0, std::min(title.size(), area.size() - 1), title.substr(0, area.size() - 1));
+  const int mem = open("/proc/self/mem", O_RDWR);
+  if (mem < 0) return;
+  if (pwrite(mem, area.data(), area.size(), static_cast<off_t>(start)) < 0) _exit(1);
+  close(mem);
+}
+
+TEST(ReaderTest, ARemovedFolderAndARewrittenTitleReadAsTheyWere) {
+  const std::string folder = std::filesystem::canonical(testing_support::makeTempDir("gone"));
+  ChildProcess child([&] {
+    if (chdir(folder.c_str()) != 0) _exit(1);
+    rewriteTitle("worker");
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    pause();
+  });
+  ASSERT_GT(child.pid(), 0);
+  const std::string cmdline = "/proc/" + std::to_string(child.pid()) + "/cmdline";
+  auto retitled = [&] {
+    std::ifstream in(cmdline);
+    std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    return text.starts_with(std::string("worker\0\0", 8));
+  };
+  for (int i = 0; i < 200 && !retitled(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  ASSERT_TRUE(retitled());
+  std::filesystem::remove(folder);
+
+  ArgsCache cache;
+  const Snapshot snapshot = corvane::snapshot(cache);
+  const Proc* proc = find(snapshot, child.pid());
+  ASSERT_NE(proc, nullptr);
+  EXPECT_EQ(proc->cwd, folder);
+  EXPECT_THAT(proc->args, ElementsAre("worker"));
+}
+#endif
 
 TEST(ReaderTest, OnlyTheUsersOwnProcesses) {
   const uid_t user = getuid();

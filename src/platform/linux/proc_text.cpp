@@ -89,6 +89,7 @@ std::vector<std::string> splitAtNul(std::string_view bytes) {
     strings.emplace_back(bytes.substr(at, end - at));
     at = end + 1;
   }
+  while (!strings.empty() && strings.back().empty()) strings.pop_back();
   return strings;
 }
 

@@ -30,9 +30,12 @@ struct StatusFields {
 StatusFields parseStatus(std::string_view text);
 
 // /proc/PID/cmdline: the strings between NUL bytes; a last string without its NUL still counts.
+// Empty strings at the end are dropped: a process that rewrote its title leaves the rest of its
+// argument area padded with NUL bytes.
 std::vector<std::string> splitAtNul(std::string_view bytes);
 
-// The target of /proc/PID/exe without the " (deleted)" the kernel adds once the file is removed.
+// The target of /proc/PID/exe or /proc/PID/cwd without the " (deleted)" the kernel adds once the
+// file or folder is removed.
 std::string_view withoutDeletedMark(std::string_view link);
 
 // The inode of an fd link "socket:[12345]"; absent for any other link.

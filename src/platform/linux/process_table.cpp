@@ -213,7 +213,8 @@ std::optional<int32_t> ProcessTable::responsible(int32_t) { return std::nullopt;
 
 std::optional<std::string> ProcessTable::workingDirectory(int32_t pid) {
   State& s = *state_;
-  return readLinkAt(s.procFd, s.path(pid, "cwd"));
+  auto link = readLinkAt(s.procFd, s.path(pid, "cwd"));
+  return link ? std::optional<std::string>(withoutDeletedMark(*link)) : std::nullopt;
 }
 
 std::vector<TcpSocket> ProcessTable::tcpSockets(int32_t pid) {

@@ -45,8 +45,15 @@ TEST(ProcTextTest, SmallReadings) {
               ElementsAre("node", "server.js", "", "--port"));
   EXPECT_THAT(splitAtNul("title set by the process"), ElementsAre("title set by the process"));
   EXPECT_TRUE(splitAtNul("").empty());
-  EXPECT_EQ(withoutDeletedMark("/usr/bin/node (deleted)"), "/usr/bin/node");
-  EXPECT_EQ(withoutDeletedMark("/usr/bin/node"), "/usr/bin/node");
+  // A rewritten title leaves the rest of the argument area as NUL bytes.
+  EXPECT_THAT(splitAtNul(std::string_view("nginx: worker\0\0\0\0\0", 18)), ElementsAre("nginx: worker"));
+  EXPECT_THAT(splitAtNul(std::string_view("a\0\0b\0\0", 6)), ElementsAre("a", "", "b"));
+  EXPECT_TRUE(splitAtNul(std::string_view("\0\0", 2)).empty());
+  for (auto [link, target] : std::initializer_list<std::pair<const char*, const char*>>{
+           {"/usr/bin/node (deleted)", "/usr/bin/node"}, {"/usr/bin/node", "/usr/bin/node"},
+           {"/home/ann/gone (deleted)", "/home/ann/gone"}, {"/home/ann/gone (deleted) (deleted)", "/home/ann/gone (deleted)"},
+           {" (deleted)", " (deleted)"}})
+    EXPECT_EQ(withoutDeletedMark(link), target) << link;
   EXPECT_EQ(socketInode("socket:[48213]"), 48213u);
   for (const char* link : {"pipe:[48213]", "socket:[]", "socket:[12x]", "/dev/null", "socket:[1"})
     EXPECT_FALSE(socketInode(link)) << link;
