@@ -8,6 +8,7 @@ install(FILES doc/corvane.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 
 # The three completion scripts share one awk program that reads the rows out of `status --json`.
 file(READ completions/targets.awk CORVANE_TARGETS_AWK)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS completions/targets.awk)
 string(STRIP "${CORVANE_TARGETS_AWK}" CORVANE_TARGETS_AWK)
 set(completions ${CMAKE_CURRENT_BINARY_DIR}/completions)
 configure_file(completions/corvane.bash.in ${completions}/corvane @ONLY)
