@@ -10,23 +10,10 @@
 #include "mcp/caller.h"
 #include "mcp/handler.h"
 #include "platform/defaults.h"
-#include "platform/paths.h"
-#include "scanner/plist_file.h"
+#include "platform/server_version.h"
 #include "scanner/scanner.h"
 
 namespace corvane::MCP {
-
-std::string serverVersion() {
-  std::string executable = platform::ownExecutablePath();
-  if (executable.empty()) return "dev";
-  std::string contents = executable;
-  for (int i = 0; i < 2; ++i) {
-    auto slash = contents.rfind('/');
-    contents = slash == std::string::npos ? std::string() : contents.substr(0, slash);
-  }
-  auto version = plistStringValue(contents + "/Info.plist", "CFBundleShortVersionString");
-  return version ? *version : "dev";
-}
 
 int32_t serve() {
   ArgsCache cache;
@@ -42,7 +29,7 @@ int32_t serve() {
       .detach();
 
   const std::string label = callerLabel(agent);
-  const std::string version = serverVersion();
+  const std::string version = platform::serverVersion();
   Runner runner = [&](const Call& call) { return run(call, *scanner.get(), agentPID, label); };
 
   std::string line;

@@ -18,7 +18,4 @@ int32_t serve();
 // What one tool call does, with the server's scanner and the calling agent.
 Reply run(const Call& call, Scanner& scanner, std::optional<int32_t> agentPID, const std::string& label);
 
-// CFBundleShortVersionString of the bundle around the executable, else "dev".
-std::string serverVersion();
-
 }  // namespace corvane::MCP

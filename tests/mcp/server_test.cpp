@@ -117,8 +117,8 @@ TEST_F(McpTest, AnswersEachRequestAsItArrivesAndEndsWithItsInput) {
   ASSERT_TRUE(hello);
   json result = json::parse(*hello)["result"];
   EXPECT_EQ(result["protocolVersion"], "2025-06-18");
-  // The executable is not in an app bundle, so there is no Info.plist to take a version from.
-  EXPECT_EQ(result["serverInfo"], json::parse(R"({"name":"corvane","version":"dev"})"));
+  // Without an app bundle the version is the one the build was made with.
+  EXPECT_EQ(result["serverInfo"], (json{{"name", "corvane"}, {"version", CORVANE_VERSION}}));
 
   // The notification and the empty line get nothing, so the next line is the tool list.
   ASSERT_TRUE(server.writeLine(initialized));

@@ -1,0 +1,38 @@
+"""Every configuration snippet of the README parses, and each registers `corvane mcp` under the key its
+program reads (Cursor and Gemini CLI: mcpServers; VS Code: servers; Codex: mcp_servers)."""
+import json
+import re
+import sys
+
+try:
+    import tomllib
+except ImportError:  # Python before 3.11
+    print("README snippets: tomllib needs Python 3.11")
+    sys.exit(77)
+
+text = open(sys.argv[1], encoding="utf-8").read()
+blocks = re.findall(r"^```(\w+)\n(.*?)^```$", text, re.S | re.M)
+parsers = {"json": json.loads, "toml": tomllib.loads}
+failures = []
+seen = {"json": 0, "toml": 0}
+for language, body in blocks:
+    if language not in parsers:
+        continue
+    seen[language] += 1
+    try:
+        config = parsers[language](body)
+    except ValueError as error:
+        failures.append(f"a {language} snippet does not parse: {error}\n{body}")
+        continue
+    tables = [config[key] for key in ("mcpServers", "servers", "mcp_servers") if key in config]
+    server = tables[0].get("corvane") if len(tables) == 1 else None
+    if not server or server.get("command") != "corvane" or server.get("args") != ["mcp"]:
+        failures.append(f"a {language} snippet does not register `corvane mcp`:\n{body}")
+    if server and "servers" in config and server.get("type") != "stdio":
+        failures.append(f"the VS Code snippet lacks \"type\": \"stdio\":\n{body}")
+
+if seen["json"] < 3 or seen["toml"] < 1:
+    failures.append(f"expected 3 JSON snippets and 1 TOML snippet, found {seen}")
+for failure in failures:
+    print("README snippets:", failure, file=sys.stderr)
+sys.exit(1 if failures else 0)
