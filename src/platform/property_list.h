@@ -24,7 +24,7 @@ PlistTree parsePlistDictionary(std::string_view bytes);
 std::optional<std::string> plistString(plist_t node);
 
 // True when writing `root` as XML and reading that back gives exactly the same values. It does not
-// for fractions of a second in dates, UIDs and integers above the signed 64-bit range.
+// for fractions of a second in dates and for UIDs.
 bool plistSurvivesXML(plist_t root);
 
 }  // namespace corvane::platform
