@@ -58,7 +58,9 @@ Decoded<Activity> decodeActivity(const json& j) {
   auto uuid = canonicalUUID(id);
   if (!uuid) return Decoded<Activity>::failure("Activity: \"" + id + "\" is not a UUID.");
   a.id = *uuid;
-  a.date = dateFromReferenceSeconds(date);
+  const auto when = dateFromReferenceSeconds(date);
+  if (!when) return Decoded<Activity>::failure("Activity: \"date\" is out of range.");
+  a.date = *when;
   auto k = kindFromRawValue(kind);
   if (!k) return Decoded<Activity>::failure("Activity: \"" + kind + "\" is not a kind.");
   a.kind = *k;

@@ -1,9 +1,8 @@
 #include "scanner/plist_file.h"
 
-#include <cstdlib>
 #include <fstream>
-#include <memory>
-#include <plist/plist.h>
+
+#include "platform/property_list.h"
 
 namespace corvane {
 
@@ -30,18 +29,9 @@ std::optional<std::string> readSmallFile(const std::string& path) {
 std::optional<std::string> plistStringValue(const std::string& path, const std::string& key) {
   const auto contents = readSmallFile(path);
   if (!contents) return std::nullopt;
-  plist_t root = nullptr;
-  plist_from_memory(contents->data(), static_cast<uint32_t>(contents->size()), &root);
-  const std::unique_ptr<void, void (*)(plist_t)> owned(root, plist_free);
-  if (!root || plist_get_node_type(root) != PLIST_DICT) return std::nullopt;
-  plist_t value = plist_dict_get_item(root, key.c_str());
-  if (!value || plist_get_node_type(value) != PLIST_STRING) return std::nullopt;
-  char* text = nullptr;
-  plist_get_string_val(value, &text);
-  if (!text) return std::nullopt;
-  std::string result(text);
-  std::free(text);
-  return result;
+  const auto root = platform::parsePlistDictionary(*contents);
+  if (!root) return std::nullopt;
+  return platform::plistString(plist_dict_get_item(root.get(), key.c_str()));
 }
 
 }  // namespace corvane

@@ -114,6 +114,12 @@ std::optional<Date> parseISO8601(std::string_view text) {
 
 double secondsSinceReferenceDate(Date date) { return secondsSince1970(date) - referenceDateOffset; }
 
-Date dateFromReferenceSeconds(double seconds) { return dateFromSeconds(seconds + referenceDateOffset); }
+std::optional<Date> dateFromReferenceSeconds(double seconds) {
+  const double micros = std::round((seconds + referenceDateOffset) * 1e6);
+  // 2^63: every double strictly inside converts to a 64-bit count; NaN fails both comparisons.
+  constexpr double limit = 9223372036854775808.0;
+  if (!(micros > -limit && micros < limit)) return std::nullopt;
+  return Date{std::chrono::microseconds{static_cast<int64_t>(micros)}};
+}
 
 }  // namespace corvane

@@ -23,8 +23,9 @@ std::string iso8601WholeSeconds(Date date);
 // Accepts a fraction of any length and "Z", "+HH:MM", "+HHMM" or "+HH" as the offset.
 std::optional<Date> parseISO8601(std::string_view text);
 
-// The desktop app's dates: seconds since 2001-01-01 00:00:00 UTC.
+// The desktop app's dates: seconds since 2001-01-01 00:00:00 UTC. Absent for a number a Date can't
+// hold (about 292,000 years either side of 1970, and neither infinite nor NaN).
 double secondsSinceReferenceDate(Date date);
-Date dateFromReferenceSeconds(double seconds);
+std::optional<Date> dateFromReferenceSeconds(double seconds);
 
 }  // namespace corvane

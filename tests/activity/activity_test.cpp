@@ -48,7 +48,7 @@ TEST(ActivityTest, JSONFormIsStrict) {
   const json withUndo = json::parse(R"({"id": "0B5E7A2C-1D3F-4A6B-8C9D-0E1F2A3B4C5D", "date": 794049300.125,
       "title": "iPhone 16", "kind": "simulator", "memory": 2000000000, "reason": "corvane stop",
       "undo": {"boot": {"udid": "U"}}, "undone": false})");
-  Activity a{"0B5E7A2C-1D3F-4A6B-8C9D-0E1F2A3B4C5D", dateFromReferenceSeconds(794'049'300.125), "iPhone 16",
+  Activity a{"0B5E7A2C-1D3F-4A6B-8C9D-0E1F2A3B4C5D", *dateFromReferenceSeconds(794'049'300.125), "iPhone 16",
              Item::Kind::simulator, 2'000'000'000, "corvane stop", Undo::boot("U"), false};
   EXPECT_EQ(toJSON(a), withUndo);
   EXPECT_EQ(decodeActivity(withUndo).value, a);
@@ -63,11 +63,19 @@ TEST(ActivityTest, JSONFormIsStrict) {
   }
   const std::vector<std::pair<const char*, json>> wrong = {
       {"id", "not-a-uuid"}, {"date", "2026-01-01"}, {"kind", "gradel"}, {"memory", -1},
-      {"memory", 1.5},      {"reason", nullptr},    {"undone", 0},      {"undo", {{"boot", {{"udid", 1}}}}}};
+      {"memory", 1.5},      {"reason", nullptr},    {"undone", 0},      {"undo", {{"boot", {{"udid", 1}}}}},
+      {"date", 9.3e12},     {"date", -9.3e12},      {"date", 1e300}};
   for (const auto& [key, value] : wrong) {
     json bad = withUndo;
     bad[key] = value;
     EXPECT_FALSE(decodeActivity(bad)) << key << " = " << value;
+  }
+  // The farthest dates a Date holds are written back as they were read.
+  for (const double far : {9.2e12, -9.2e12}) {
+    json edge = withUndo;
+    edge["date"] = far;
+    ASSERT_TRUE(decodeActivity(edge)) << far;
+    EXPECT_EQ(toJSON(*decodeActivity(edge).value)["date"], far);
   }
 }
 

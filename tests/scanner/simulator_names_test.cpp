@@ -1,11 +1,13 @@
 #include "scanner/simulator_names.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <plist/plist.h>
 
 #include <gtest/gtest.h>
 
+#include "support/fake_programs.h"
 #include "support/run_program.h"
 
 namespace corvane {
@@ -42,6 +44,12 @@ TEST(SimulatorNameTest, NameFromTheDevicePlist) {
   writeDevicePlist(device + "/device.plist", plist_new_uint(7), true);
   EXPECT_EQ(simulatorName(inside, udid), std::nullopt);
   std::ofstream(device + "/device.plist") << "name = iPhone\n";
+  EXPECT_EQ(simulatorName(inside, udid), std::nullopt);
+  // A NUL character in a name (here a UTF-16 one) makes the file unreadable.
+  writeDevicePlist(device + "/device.plist", plist_new_string("\xC3\xA9~"), true);
+  std::string bytes = testing_support::readFile(device + "/device.plist");
+  std::replace(bytes.begin(), bytes.end(), '~', '\0');
+  std::ofstream(device + "/device.plist", std::ios::binary) << bytes;
   EXPECT_EQ(simulatorName(inside, udid), std::nullopt);
 }
 

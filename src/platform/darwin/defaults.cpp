@@ -43,8 +43,10 @@ std::string textOf(CFStringRef string) {
 
 DefaultsValue valueOf(CFTypeRef value) {
   if (CFGetTypeID(value) == CFStringGetTypeID()) return textOf(static_cast<CFStringRef>(value));
-  if (CFGetTypeID(value) == CFDateGetTypeID())
-    return dateFromReferenceSeconds(CFDateGetAbsoluteTime(static_cast<CFDateRef>(value)));
+  if (CFGetTypeID(value) == CFDateGetTypeID()) {
+    const auto date = dateFromReferenceSeconds(CFDateGetAbsoluteTime(static_cast<CFDateRef>(value)));
+    if (date) return *date;
+  }
   return std::monostate{};
 }
 

@@ -10,21 +10,16 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <limits>
-#include <memory>
-#include <plist/plist.h>
+#include <utility>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "platform/paths.h"
+#include "platform/property_list.h"
 
 namespace corvane::platform {
 
 namespace {
-
-struct PlistFree {
-  void operator()(void* node) const { plist_free(static_cast<plist_t>(node)); }
-};
-using PlistPtr = std::unique_ptr<void, PlistFree>;
 
 // Seconds between 1970-01-01 and 2001-01-01, the epoch of property-list dates.
 constexpr int64_t referenceEpoch = 978307200;
@@ -50,15 +45,6 @@ FileState readWholeFile(const std::string& path, std::string& contents) {
   return state;
 }
 
-PlistPtr parseDictionary(const std::string& contents) {
-  if (contents.size() > std::numeric_limits<uint32_t>::max()) return nullptr;
-  plist_t root = nullptr;
-  plist_from_memory(contents.data(), static_cast<uint32_t>(contents.size()), &root);
-  PlistPtr owned(root);
-  if (!root || plist_get_node_type(root) != PLIST_DICT) return nullptr;
-  return owned;
-}
-
 Date dateFromNode(plist_t node) {
   int32_t seconds = 0;
   int32_t micros = 0;
@@ -81,11 +67,9 @@ plist_t nodeFromDate(Date date) {
 DefaultsValue valueFromNode(plist_t node) {
   switch (plist_get_node_type(node)) {
     case PLIST_STRING: {
-      char* text = nullptr;
-      plist_get_string_val(node, &text);
-      std::string value = text ? text : "";
-      std::free(text);
-      return value;
+      auto text = plistString(node);
+      if (!text) return std::monostate{};
+      return std::move(*text);
     }
     case PLIST_DATE:
       return dateFromNode(node);
@@ -117,6 +101,7 @@ DefaultsDictionary dictionaryFromNode(plist_t dict) {
 plist_t nodeFromDictionary(const DefaultsDictionary& dictionary) {
   plist_t dict = plist_new_dict();
   for (const auto& [key, value] : dictionary) {
+    if (key.find('\0') != std::string::npos) continue;  // libplist would cut it short
     if (const auto* text = std::get_if<std::string>(&value)) {
       plist_dict_set_item(dict, key.c_str(), plist_new_string(text->c_str()));
     } else if (const auto* date = std::get_if<Date>(&value)) {
@@ -165,7 +150,7 @@ DefaultsStore DefaultsStore::appSuite() {
 std::optional<DefaultsDictionary> DefaultsStore::readDictionary(const std::string& key) const {
   std::string contents;
   if (readWholeFile(file_, contents) != FileState::read) return std::nullopt;
-  const PlistPtr root = parseDictionary(contents);
+  const PlistTree root = parsePlistDictionary(contents);
   if (!root) return std::nullopt;
   plist_t node = plist_dict_get_item(root.get(), key.c_str());
   if (!node || plist_get_node_type(node) != PLIST_DICT) return std::nullopt;
@@ -176,7 +161,7 @@ bool DefaultsStore::writeDictionary(const std::string& key, const DefaultsDictio
   const auto lock = os::defaultsWriteLock();
   if (!lock.owns_lock()) return false;
   std::string contents;
-  PlistPtr root;
+  PlistTree root;
   switch (readWholeFile(file_, contents)) {
     case FileState::unreadable:
       return false;
@@ -184,8 +169,12 @@ bool DefaultsStore::writeDictionary(const std::string& key, const DefaultsDictio
       root.reset(plist_new_dict());
       break;
     case FileState::read:
-      root = contents.empty() ? PlistPtr(plist_new_dict()) : parseDictionary(contents);
+      root = contents.empty() ? PlistTree(plist_new_dict()) : parsePlistDictionary(contents);
+      // Written back as XML, every key of the desktop app must come out as it went in; when one
+      // would not, the suite is left alone.
       if (!root) return false;
+      plist_dict_remove_item(root.get(), key.c_str());
+      if (!plistSurvivesXML(root.get())) return false;
       break;
   }
   plist_dict_set_item(root.get(), key.c_str(), nodeFromDictionary(dictionary));

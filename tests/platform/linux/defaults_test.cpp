@@ -1,5 +1,6 @@
 #include "platform/defaults.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -55,6 +56,81 @@ TEST(DefaultsTest, BinarySuitesAreReadAndBrokenOnesLeftAlone) {
   std::ofstream(dir + "/broken.plist") << "not a property list";
   EXPECT_FALSE(DefaultsStore(dir + "/broken.plist").writeDictionary("pins", {}));
   EXPECT_EQ(readFile(dir + "/broken.plist"), "not a property list");
+}
+
+std::string formOf(plist_t root, bool binary) {
+  char* bytes = nullptr;
+  uint32_t length = 0;
+  binary ? plist_to_bin(root, &bytes, &length) : plist_to_xml(root, &bytes, &length);
+  std::string form(bytes, length);
+  std::free(bytes);
+  plist_free(root);
+  return form;
+}
+
+plist_t dictOf(std::initializer_list<std::pair<const char*, plist_t>> items) {
+  plist_t dict = plist_new_dict();
+  for (const auto& [key, value] : items) plist_dict_set_item(dict, key, value);
+  return dict;
+}
+
+// A NUL character in any string or key makes the whole suite unreadable and leaves it unwritten; so
+// does a value that XML can't carry back unchanged, though the rest stays readable.
+TEST(DefaultsTest, CorruptOrUnfaithfulSuitesAreNeverWritten) {
+  const std::string dir = testing_support::makeTempDir("corrupt");
+  const auto nulled = [](plist_t root, bool binary) {  // "~" becomes NUL: a UTF-16 one after "é"
+    std::string form = formOf(root, binary);
+    EXPECT_EQ(std::count(form.begin(), form.end(), '~'), 1);
+    std::replace(form.begin(), form.end(), '~', '\0');
+    return form;
+  };
+  const struct {
+    const char* what;
+    std::string bytes;
+    bool readable;
+  } cases[] = {
+      {"binary pin", nulled(dictOf({{"pins", dictOf({{"k", plist_new_string("a~b")}})}}), true), false},
+      {"binary pin key", nulled(dictOf({{"pins", dictOf({{"a~b", plist_new_string("v")}})}}), true), false},
+      {"UTF-16 pin", nulled(dictOf({{"pins", dictOf({{"k", plist_new_string("\xC3\xA9~")}})}}), true), false},
+      {"UTF-16 miss", nulled(dictOf({{"toolMisses", dictOf({{"\xC3\xA9~", plist_new_date(0, 0)}})}}), true), false},
+      {"XML miss", nulled(dictOf({{"toolMisses", dictOf({{"ad~b", plist_new_date(0, 0)}})}}), false), false},
+      {"XML other key", nulled(dictOf({{"x", plist_new_string("~")}, {"pins", dictOf({})}}), false), false},
+      {"UID", formOf(dictOf({{"pins", dictOf({})}, {"u", plist_new_uid(7)}}), true), true},
+      {"date fraction", formOf(dictOf({{"pins", dictOf({})}, {"d", plist_new_date(1, 5)}}), true), true},
+  };
+  for (const auto& c : cases) {
+    const DefaultsStore store(dir + "/suite.plist");
+    std::ofstream(store.file(), std::ios::binary | std::ios::trunc) << c.bytes;
+    EXPECT_EQ(store.readDictionary("pins").has_value(), c.readable) << c.what;
+    EXPECT_EQ(store.readDictionary("toolMisses"), std::nullopt) << c.what;
+    EXPECT_FALSE(store.writeDictionary("toolMisses", {{"adb", dateFromSeconds(1767225600)}})) << c.what;
+    EXPECT_EQ(readFile(store.file()), c.bytes) << c.what;
+  }
+}
+
+TEST(DefaultsTest, MissesWrittenIntoABinarySuiteKeepEveryOtherValue) {
+  const std::string dir = testing_support::makeTempDir("faithful");
+  const auto others = [] {
+    plist_t list = plist_new_array();
+    plist_array_append_item(list, plist_new_real(1.0 / 3));
+    plist_array_append_item(list, plist_new_data("\0\1", 2));
+    plist_array_append_item(list, plist_new_bool(1));
+    return dictOf({{"list", list}, {"neg", plist_new_uint(static_cast<uint64_t>(-5))},
+                   {"when", plist_new_date(86400, 0)}, {"pins", dictOf({{"k", plist_new_string("\xC3\xA9")}})}});
+  };
+  plist_t before = others();
+  // An old record with a fraction of a second is replaced, so it doesn't stop the write.
+  plist_dict_set_item(before, "toolMisses", dictOf({{"adb", plist_new_date(1, 5)}}));
+  const DefaultsStore store(dir + "/suite.plist");
+  std::ofstream(store.file(), std::ios::binary) << formOf(before, true);
+  ASSERT_TRUE(store.writeDictionary("toolMisses", {{"adb", dateFromSeconds(1767225600)}}));
+
+  plist_t after = nullptr;
+  const std::string written = readFile(store.file());
+  plist_from_memory(written.data(), static_cast<uint32_t>(written.size()), &after);
+  ASSERT_NE(after, nullptr);
+  plist_dict_remove_item(after, "toolMisses");
+  EXPECT_EQ(formOf(after, true), formOf(others(), true));
 }
 
 }  // namespace

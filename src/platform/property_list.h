@@ -1,0 +1,30 @@
+#pragma once
+// Property lists (binary or XML) read with libplist. libplist stops the whole program on a string or
+// key that holds a NUL character, and in a binary list it silently cuts such a string short; bytes
+// that would lead to either are refused before libplist parses them, so that a corrupt file of
+// another program is only unreadable.
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <plist/plist.h>
+
+namespace corvane::platform {
+
+struct PlistFree {
+  void operator()(void* node) const { plist_free(static_cast<plist_t>(node)); }
+};
+using PlistTree = std::unique_ptr<void, PlistFree>;
+
+// The list when its top is a dictionary; null for any other list and for bytes that are refused.
+PlistTree parsePlistDictionary(std::string_view bytes);
+
+// The text of a string node; absent for any other node.
+std::optional<std::string> plistString(plist_t node);
+
+// True when writing `root` as XML and reading that back gives exactly the same values. It does not
+// for fractions of a second in dates and for UIDs.
+bool plistSurvivesXML(plist_t root);
+
+}  // namespace corvane::platform
