@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fcntl.h>
 #include <map>
+#include <set>
 #include <netinet/in.h>
 #include <sstream>
 #include <sys/socket.h>
@@ -169,8 +170,8 @@ TEST(ReaderTest, ForkedWorkersShowTheSocketsTheyShare) {
       "for s in socks: s.bind(('127.0.0.1', 0)); s.listen(8)\n"
       "print(*(s.getsockname()[1] for s in socks), flush=True)\n"
       "master = os.getpid()\n"
-      "def live(line, ancestor):\n"  // each fork ends once the server has gone
-      "    print(line, os.getpid(), flush=True)\n"
+      "def live(line, ancestor):\n"  // each fork ends once its parent has gone
+      "    os.write(1, f'{line} {os.getpid()}\\n'.encode())\n"  // one write: the forks share the pipe
       "    while os.getppid() == ancestor: time.sleep(0.05)\n"
       "    os._exit(0)\n"
       "if os.fork() == 0:\n"
@@ -190,10 +191,11 @@ TEST(ReaderTest, ForkedWorkersShowTheSocketsTheyShare) {
   ASSERT_TRUE(connectTo(client, first));
   std::map<std::string, pid_t> forks;
   for (int i = 0; i < 3; ++i) {
-    std::istringstream line(server.readLine());
+    const std::string text = server.readLine();
+    std::istringstream line(text);
     std::string role;
     pid_t pid = 0;
-    ASSERT_TRUE(line >> role >> pid);
+    ASSERT_TRUE(line >> role >> pid) << text;
     forks[role] = pid;
   }
 
@@ -206,6 +208,19 @@ TEST(ReaderTest, ForkedWorkersShowTheSocketsTheyShare) {
     ASSERT_NE(proc, nullptr) << pid;
     EXPECT_THAT(proc->listening, ElementsAre(std::min(first, second), std::max(first, second))) << pid;
     EXPECT_EQ(proc->inbound, inbound) << pid;
+  }
+
+  // The same when every socket of the user has been matched to some process before the workers
+  // come, as happens when the workers come last in the table.
+  platform::ProcessTable table;
+  for (const pid_t pid : table.pids())
+    if (pid != forks["worker"] && pid != forks["grandchild"] && table.stats(pid)) table.tcpSockets(pid);
+  for (const pid_t pid : {forks["worker"], forks["grandchild"]}) {
+    ASSERT_TRUE(table.stats(pid));
+    std::set<uint16_t> listening;
+    for (const auto& socket : table.tcpSockets(pid))
+      if (socket.listening) listening.insert(socket.port);
+    EXPECT_THAT(listening, ElementsAre(std::min(first, second), std::max(first, second))) << pid;
   }
 }
 
