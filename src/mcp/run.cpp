@@ -45,7 +45,7 @@ Reply stop(const std::string& target, Scanner& scanner, std::optional<int32_t> a
     else
       toStop.push_back(row.item);
   }
-  const std::vector<Outcome> stopped = stopRows(toStop, false, label, scanner.tools());
+  const std::vector<Outcome> stopped = stopRows(toStop, scanner.startTimes(), false, label, scanner.tools());
   outcomes.insert(outcomes.end(), stopped.begin(), stopped.end());
   return {joinLines(outcomes), exitCode(stopped) != 0};
 }
@@ -63,7 +63,7 @@ Reply freeMemory(double gb, bool dryRun, Scanner& scanner, std::optional<int32_t
     for (const auto& item : plan) outcomes.push_back(makeOutcome(item, Outcome::State::wouldStop));
     return {joinLines(outcomes), false};
   }
-  const std::vector<Outcome> outcomes = stopRows(plan, false, label, scanner.tools());
+  const std::vector<Outcome> outcomes = stopRows(plan, scanner.startTimes(), false, label, scanner.tools());
   return {joinLines(outcomes), exitCode(outcomes) != 0};
 }
 
