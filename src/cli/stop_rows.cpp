@@ -38,22 +38,22 @@ std::vector<Outcome> stopRows(const std::vector<Item>& rows, bool force, const s
   std::mutex mutex;
   std::vector<Finished> finished;
   finished.reserve(rows.size());
-  {
-    std::vector<std::jthread> stops;
-    stops.reserve(rows.size());
-    for (size_t i = 0; i < rows.size(); ++i) {
-      auto stopRow = [&, i] {
-        Stopper::Result result = Stopper::stop(rows[i], tools, force, stopWaitSeconds);
-        const std::lock_guard lock(mutex);
-        finished.push_back({i, std::move(result)});
-      };
-      try {
-        stops.emplace_back(stopRow);
-      } catch (const std::system_error&) {
-        stopRow();  // out of threads: this row is stopped here instead of beside the others
-      }
+  // Reserved up front, so that only starting a thread can throw between here and the joins.
+  std::vector<std::thread> stops;
+  stops.reserve(rows.size());
+  for (size_t i = 0; i < rows.size(); ++i) {
+    auto stopRow = [&, i] {
+      Stopper::Result result = Stopper::stop(rows[i], tools, force, stopWaitSeconds);
+      const std::lock_guard lock(mutex);
+      finished.push_back({i, std::move(result)});
+    };
+    try {
+      stops.emplace_back(stopRow);
+    } catch (const std::system_error&) {
+      stopRow();  // out of threads: this row is stopped here instead of beside the others
     }
-  }  // every stop has finished here
+  }
+  for (std::thread& stop : stops) stop.join();
 
   std::vector<Outcome> outcomes;
   std::vector<Activity> stopped;
