@@ -11,6 +11,7 @@
 #include "platform/process_table.h"
 #include "support/child_process.h"
 #include "support/run_program.h"
+#include "support/user_files.h"
 
 namespace corvane {
 namespace {
@@ -77,6 +78,7 @@ class OwnUser {
 };
 
 TEST(FreeCommandTest, DryRunOnThisMachine) {
+  SKIP_WHERE_USER_FILES_CANNOT_MOVE();
   const auto result = testing_support::runCorvane({"free", "1", "--dry-run"});
   EXPECT_EQ(result.err, "");
   if (result.exitCode == 2) {
@@ -90,6 +92,7 @@ TEST(FreeCommandTest, DryRunOnThisMachine) {
 }
 
 TEST(FreeCommandTest, ExitCodesOnAUserOfItsOwn) {
+  SKIP_WHERE_USER_FILES_CANNOT_MOVE();
   if (getuid() != 0 || access(OwnUser::setpriv, X_OK) != 0 || testing_support::systemPython().empty())
     GTEST_SKIP() << "needs root, setpriv and python3 to run as a user of its own";
   const OwnUser user;

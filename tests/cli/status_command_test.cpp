@@ -9,6 +9,7 @@
 #include "support/child_process.h"
 #include "support/listeners.h"
 #include "support/run_program.h"
+#include "support/user_files.h"
 
 namespace corvane {
 namespace {
@@ -37,6 +38,7 @@ const nlohmann::json* row(const nlohmann::json& items, const std::string& id) {
 }
 
 TEST(StatusCommandTest, ListsADevServerUnderItsProjectAndADatabase) {
+  SKIP_WHERE_USER_FILES_CANNOT_MOVE();
   const std::string python = testing_support::systemPython();
   const std::string redis = "/usr/bin/redis-server";
   if (python.empty() || access(redis.c_str(), X_OK) != 0) GTEST_SKIP() << "needs python3 and redis-server";
