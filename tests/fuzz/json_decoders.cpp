@@ -1,5 +1,5 @@
 // The JSON that corvane decodes: snapshots and items of the fixtures, undo records and Docker's lines.
-// Any text decodes or fails as a value; what decodes is encoded back to the same value.
+// Any text decodes or fails as a value; what decodes prints JSON that reads back to the same JSON.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -17,8 +17,11 @@ template <typename Decode>
 void roundTrip(const nlohmann::json& json, Decode decode) {
   const auto value = decode(json);
   if (!value) return;
-  const auto back = decode(corvane::toJSON(*value.value));
-  if (!back || !(*back.value == *value.value)) std::abort();
+  // Items print their dates in whole seconds, so a decoded value may lose a fraction once; what is
+  // printed must then read back to itself.
+  const auto printed = corvane::toJSON(*value.value);
+  const auto back = decode(printed);
+  if (!back || corvane::toJSON(*back.value) != printed) std::abort();
 }
 
 }  // namespace
