@@ -12,7 +12,7 @@ std::string outcomesJSON(const std::vector<Outcome>& outcomes) {
 
 std::string outcomesText(const std::vector<Outcome>& outcomes) {
   std::string text;
-  for (const std::string& line : outcomeLines(outcomes, true)) text += line + "\n";
+  for (const std::string& line : outcomeLines(outcomes, Audience::commandLine)) text += line + "\n";
   return text;
 }
 

@@ -16,10 +16,6 @@ std::vector<Row> rowsFor(const std::vector<Item>& items, const std::map<std::str
   return rows;
 }
 
-bool isQuiet(const Item& item) {
-  return item.idleSince || (!item.building && item.cpu < 0.05 && item.inbound == 0);
-}
-
 std::string listRunningText(const std::vector<Row>& rows, Pressure pressure) {
   uint64_t counted = 0;
   json list = json::array();
