@@ -1,8 +1,8 @@
 #include "snapshot/proc.h"
 
 #include <fstream>
-#include <sstream>
 
+#include "platform/files.h"
 #include "snapshot/json_fields.h"
 
 namespace corvane {
@@ -71,11 +71,9 @@ Decoded<Snapshot> decodeSnapshot(const json& j) {
 }
 
 Decoded<Snapshot> readSnapshotFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return Decoded<Snapshot>::failure("Can't read " + path + ".");
-  std::stringstream buffer;
-  buffer << in.rdbuf();
-  json j = json::parse(buffer.str(), nullptr, false);
+  const auto bytes = platform::readFile(path);
+  if (!bytes) return Decoded<Snapshot>::failure("Can't read " + path + ".");
+  json j = json::parse(*bytes, nullptr, false);
   if (j.is_discarded()) return Decoded<Snapshot>::failure(path + " is not valid JSON.");
   return decodeSnapshot(j);
 }

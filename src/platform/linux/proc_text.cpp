@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+#include "base/lines.h"
+
 namespace corvane::platform::linux_proc {
 
 namespace {
@@ -56,12 +58,7 @@ std::optional<StatFields> parseStat(std::string_view text) {
 
 StatusFields parseStatus(std::string_view text) {
   StatusFields status;
-  size_t at = 0;
-  while (at < text.size()) {
-    size_t end = text.find('\n', at);
-    if (end == std::string_view::npos) end = text.size();
-    const std::string_view line = text.substr(at, end - at);
-    at = end + 1;
+  for (const std::string_view line : splitLines(text)) {
     const size_t colon = line.find(':');
     if (colon == std::string_view::npos) continue;
     const std::string_view key = line.substr(0, colon);
@@ -112,14 +109,8 @@ std::optional<uint64_t> socketInode(std::string_view link) {
 }
 
 std::optional<int64_t> bootTime(std::string_view procStat) {
-  size_t at = 0;
-  while (at < procStat.size()) {
-    size_t end = procStat.find('\n', at);
-    if (end == std::string_view::npos) end = procStat.size();
-    const std::string_view line = procStat.substr(at, end - at);
+  for (const std::string_view line : splitLines(procStat))
     if (line.substr(0, 6) == "btime ") return number<int64_t>(skipBlanks(line.substr(6)));
-    at = end + 1;
-  }
   return std::nullopt;
 }
 
