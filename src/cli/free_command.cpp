@@ -50,7 +50,7 @@ int32_t freeCommand(double gigabytes, bool dryRun, bool json) {
   if (dryRun) {
     for (const Item& row : plan) outcomes.push_back(makeOutcome(row, Outcome::State::wouldStop));
   } else {
-    outcomes = stopRows(plan, false, "corvane free", tools);
+    outcomes = stopRows(plan, scanner.startTimes(), false, "corvane free", tools);
   }
 
   if (json) {

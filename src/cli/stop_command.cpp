@@ -35,7 +35,7 @@ int32_t stopCommand(const std::string& target, bool yes, bool force, bool dryRun
   if (dryRun) {
     for (const Item& item : toStop) outcomes.push_back(makeOutcome(item, Outcome::State::wouldStop));
   } else {
-    auto stopped = stopRows(toStop, force, "corvane stop", tools);
+    auto stopped = stopRows(toStop, scanner.startTimes(), force, "corvane stop", tools);
     outcomes.insert(outcomes.end(), stopped.begin(), stopped.end());
   }
 

@@ -33,17 +33,17 @@ Outcome outcomeOf(const Item& row, const Stopper::Result& result) {
 
 }  // namespace
 
-std::vector<Outcome> stopRows(const std::vector<Item>& rows, bool force, const std::string& reason,
-                              const Tools& tools) {
+std::vector<Outcome> stopRows(const std::vector<Item>& rows, const StartTimes& started, bool force,
+                              const std::string& reason, const Tools& tools) {
   std::mutex mutex;
   std::vector<Finished> finished;
   finished.reserve(rows.size());
   {
-    std::vector<std::jthread> stops;
+    std::vector<std::thread> stops;
     stops.reserve(rows.size());
     for (size_t i = 0; i < rows.size(); ++i) {
       auto stopRow = [&, i] {
-        Stopper::Result result = Stopper::stop(rows[i], tools, force, stopWaitSeconds);
+        Stopper::Result result = Stopper::stop(rows[i], started, tools, force, stopWaitSeconds);
         const std::lock_guard lock(mutex);
         finished.push_back({i, std::move(result)});
       };
@@ -53,6 +53,7 @@ std::vector<Outcome> stopRows(const std::vector<Item>& rows, bool force, const s
         stopRow();  // out of threads: this row is stopped here instead of beside the others
       }
     }
+    for (auto& stop : stops) stop.join();
   }  // every stop has finished here
 
   std::vector<Outcome> outcomes;

@@ -7,14 +7,16 @@
 #include "cli/outcome.h"
 #include "detect/item.h"
 #include "scanner/tools.h"
+#include "snapshot/proc.h"
 
 namespace corvane {
 
 // Stops the rows in parallel, one thread per row, never forcing past `force`, and returns one outcome
-// per row in the order the stops finished. The rows that stopped are appended to the activity log in
-// one go with `reason` ("corvane stop", "corvane free", "<agent> via MCP"); when none stopped the log
-// is not touched.
-std::vector<Outcome> stopRows(const std::vector<Item>& rows, bool force, const std::string& reason,
-                              const Tools& tools);
+// per row in the order the stops finished. `started` holds the start times of the scan the rows come
+// from, so that only the processes it saw are signalled. The rows that stopped are appended to the
+// activity log in one go with `reason` ("corvane stop", "corvane free", "<agent> via MCP"); when none
+// stopped the log is not touched.
+std::vector<Outcome> stopRows(const std::vector<Item>& rows, const StartTimes& started, bool force,
+                              const std::string& reason, const Tools& tools);
 
 }  // namespace corvane

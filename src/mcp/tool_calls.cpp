@@ -36,7 +36,7 @@ Reply stop(const std::string& target, Scanner& scanner, std::optional<int32_t> a
     return {"Nothing running matches " + target + ". list_running shows ids, ports and projects.", true};
 
   auto [outcomes, toStop] = splitByPolicy(matched.items, agentRule(readPins(), agentPID));
-  const std::vector<Outcome> stopped = stopRows(toStop, false, label, scanner.tools());
+  const std::vector<Outcome> stopped = stopRows(toStop, scanner.startTimes(), false, label, scanner.tools());
   outcomes.insert(outcomes.end(), stopped.begin(), stopped.end());
   return {joinLines(outcomes), exitCode(stopped) != ExitCode::done};
 }
@@ -52,7 +52,7 @@ Reply freeMemory(double gb, bool dryRun, Scanner& scanner, std::optional<int32_t
     for (const auto& item : plan) outcomes.push_back(makeOutcome(item, Outcome::State::wouldStop));
     return {joinLines(outcomes), false};
   }
-  const std::vector<Outcome> outcomes = stopRows(plan, false, label, scanner.tools());
+  const std::vector<Outcome> outcomes = stopRows(plan, scanner.startTimes(), false, label, scanner.tools());
   return {joinLines(outcomes), exitCode(outcomes) != ExitCode::done};
 }
 

@@ -14,8 +14,9 @@ struct ChildOutput {
   std::string data;    // everything written to standard output
 };
 
-// Runs `path` with `arguments` (without the program name); standard input and error on /dev/null,
-// standard output into the new file `outputFile`, which is deleted before returning. At
+// Runs `path` with `arguments` (without the program name) in a process group of its own; standard
+// input and error on /dev/null, standard output into the new file `outputFile`, which is deleted once
+// the program has it open. At
 // `timeoutSeconds` the program gets SIGTERM; if it is still running `killGraceSeconds` later it gets
 // SIGKILL, so a program that ignores SIGTERM can't keep its caller waiting for ever.
 // Absent when the program could not be started, the output file could not be created, or the
@@ -23,6 +24,11 @@ struct ChildOutput {
 std::optional<ChildOutput> runCapturingOutput(const std::string& path, const std::vector<std::string>& arguments,
                                               const std::string& outputFile, double timeoutSeconds,
                                               double killGraceSeconds);
+
+// Ends every run in flight and whatever it started, and lets no new one start or return; for the
+// end of the program (it runs at exit by itself), so that no run outlives it. The output files are
+// removed as soon as the programs have them open, so none is left behind either.
+void endRunsInFlight();
 
 // Starts `path` in a session of its own with all three standard streams on /dev/null and returns at
 // once; its end is collected in the background, so it never lingers as a zombie. False when it could

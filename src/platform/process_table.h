@@ -50,7 +50,9 @@ class ProcessTable {
   std::optional<int32_t> responsible(int32_t pid);
   // The process's TCP sockets that listen, or are established on a port that some socket of the
   // user listens on; as many as could be read. The user's sockets are found in the order the
-  // processes are asked for; once every one has been found, later processes are not searched.
+  // processes are asked for (after their stats); once every one has been found, a later process is
+  // searched only when it may have inherited one: its parent holds one, descends from a holder, or
+  // was not asked about in this pass.
   std::vector<TcpSocket> tcpSockets(int32_t pid);
 
  private:
@@ -58,8 +60,23 @@ class ProcessTable {
   std::unique_ptr<State> state_;
 };
 
+// A process as a scan saw it. The pid names it only while the process with that pid has this start
+// time: between a scan and a signal the pid may have been reused by a newer process.
+struct ScannedProcess {
+  int32_t pid = 0;
+  Date started{};
+
+  bool operator==(const ScannedProcess&) const = default;
+};
+
+// The start time of the process that has this pid now, as the snapshot reads it; absent when there
+// is none or it cannot be read.
+std::optional<Date> processStarted(int32_t pid);
+
 // For the stopper's wait: the process has exited (or is a zombie, or cannot be read any more).
 bool processGone(int32_t pid);
+// The same, and also when the pid now names a process other than the scanned one.
+bool processGone(const ScannedProcess& process);
 
 // For the stopper's ownership test.
 struct ProcessOwner {

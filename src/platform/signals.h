@@ -4,6 +4,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/process_table.h"
+
 namespace corvane::platform {
 
 enum class StopSignal {
@@ -14,10 +16,12 @@ enum class StopSignal {
 enum class SignalResult {
   sent,
   notPermitted,  // the system refused it (EPERM)
-  failed,        // anything else, such as a process that is already gone
+  gone,          // the scanned process has exited, or its pid now names another process
+  failed,        // anything else
 };
 
-SignalResult sendSignal(int32_t pid, StopSignal signal);
+// Signals the process the scan saw, never a newer one that has been given its pid since.
+SignalResult sendSignal(const ScannedProcess& process, StopSignal signal);
 
 int32_t ownPid();
 int32_t parentPid();

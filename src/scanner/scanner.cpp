@@ -31,6 +31,7 @@ Scanner::~Scanner() = default;
 std::vector<Item> Scanner::scan() {
   std::lock_guard<std::mutex> lock(scanMutex_);
   Snapshot snap = source_(argsCache_);
+  startTimes_ = corvane::startTimes(snap);
   refreshContainers(snap);
   learnSimulatorNames(snap);
 
@@ -92,6 +93,11 @@ void Scanner::learnSimulatorNames(const Snapshot& snapshot) {
     if (!udid || simulatorNames_.count(*udid)) continue;
     if (auto name = simulatorName(p.args[1], *udid)) simulatorNames_[*udid] = *name;
   }
+}
+
+StartTimes Scanner::startTimes() {
+  std::lock_guard<std::mutex> lock(scanMutex_);
+  return startTimes_;
 }
 
 std::optional<std::string> Scanner::projectName(const std::string& cwd) {

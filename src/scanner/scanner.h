@@ -32,6 +32,9 @@ class Scanner {
 
   const Tools& tools() const { return tools_; }
 
+  // When each process of the last scan started: what a stop of its rows signals, and nothing else.
+  StartTimes startTimes();
+
  private:
   // Shared with the background refresh, which may outlive a scan (never the process).
   struct ContainerState {
@@ -48,6 +51,7 @@ class Scanner {
   const Tools tools_;
   const SnapshotSource source_;
   ArgsCache argsCache_;
+  StartTimes startTimes_;
   Tracker tracker_;
   std::map<std::string, std::optional<std::string>> projects_;
   std::map<std::string, std::string> simulatorNames_;

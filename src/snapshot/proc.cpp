@@ -14,6 +14,13 @@ std::string lastPathComponent(const std::string& path) {
   return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
+StartTimes startTimes(const Snapshot& snapshot) {
+  StartTimes times;
+  times.reserve(snapshot.procs.size());
+  for (const Proc& proc : snapshot.procs) times.emplace(proc.pid, proc.started);
+  return times;
+}
+
 json toJSON(const Proc& p) {
   json j = {{"pid", p.pid},
             {"ppid", p.ppid},

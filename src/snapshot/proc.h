@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -35,6 +36,11 @@ struct Snapshot {
 
   bool operator==(const Snapshot&) const = default;
 };
+
+// When each process of a snapshot started, by pid: what tells a process from a later one that has
+// been given the same pid.
+using StartTimes = std::unordered_map<int32_t, Date>;
+StartTimes startTimes(const Snapshot& snapshot);
 
 // The last component of a path: "node" for "/usr/bin/node", "" for "" and for a path ending in "/".
 std::string lastPathComponent(const std::string& path);

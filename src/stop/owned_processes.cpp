@@ -28,14 +28,14 @@ bool mayStop(int32_t pid) {
   return !inSystemLocation(*owner->path);
 }
 
-bool waitGone(const std::vector<int32_t>& pids, double seconds) {
+bool waitGone(const std::vector<platform::ScannedProcess>& processes, double seconds) {
   const auto deadline = std::chrono::steady_clock::now() +
                         std::chrono::duration_cast<std::chrono::steady_clock::duration>(
                             std::chrono::duration<double>(seconds));
-  std::vector<int32_t> left = pids;
+  std::vector<platform::ScannedProcess> left = processes;
   while (true) {
-    // A pid found gone is not asked about again: by the next check it may belong to a new process.
-    std::erase_if(left, [](int32_t pid) { return platform::processGone(pid); });
+    // A process found gone is not asked about again: by the next check its pid may name a new one.
+    std::erase_if(left, [](const platform::ScannedProcess& process) { return platform::processGone(process); });
     if (left.empty()) return true;
     if (std::chrono::steady_clock::now() > deadline) return false;
     std::this_thread::sleep_for(pollInterval);

@@ -10,20 +10,42 @@ constexpr double dockerTimeout = 20;
 constexpr double simctlTimeout = 30;
 constexpr double adbTimeout = 5;
 
-std::vector<int32_t> ownedProcesses(const Item& item) {
-  std::vector<int32_t> owned;
-  for (int32_t pid : item.pids)
-    if (mayStop(pid)) owned.push_back(pid);
+using platform::ScannedProcess;
+
+// The row's processes that may be signalled, as the scan saw them. A pid the scan did not record is
+// never touched; one whose process has ended (its pid perhaps given to another) is gone.
+struct Owned {
+  std::vector<ScannedProcess> processes;
+  bool allGone = false;  // the row had processes and every one has ended
+};
+
+Owned ownedProcesses(const Item& item, const StartTimes& started) {
+  Owned owned;
+  size_t gone = 0;
+  for (int32_t pid : item.pids) {
+    const auto recorded = started.find(pid);
+    if (recorded == started.end()) continue;
+    const ScannedProcess process{pid, recorded->second};
+    if (platform::processGone(process))
+      ++gone;
+    else if (mayStop(pid))
+      owned.processes.push_back(process);
+  }
+  owned.allGone = !item.pids.empty() && gone == item.pids.size();
   return owned;
 }
 
 bool succeeded(const std::optional<Tools::Output>& output) { return output && output->status == 0; }
 
-Result waitFor(const std::vector<int32_t>& owned, double wait) {
-  return waitGone(owned, wait) ? Result::stopped() : Result::stillRunning();
+Result waitFor(const Owned& owned, double wait) {
+  return waitGone(owned.processes, wait) ? Result::stopped() : Result::stillRunning();
 }
 
-Result notOurs(const Item& item) { return Result::failed(item.title + " belongs to the system or another user."); }
+// Nothing to signal: done when the processes have all gone by themselves, else none was ours.
+Result nothingToSignal(const Item& item, const Owned& owned) {
+  if (owned.allGone) return Result::stopped();
+  return Result::failed(item.title + " belongs to the system or another user.");
+}
 
 // `docker stop` or `docker kill`: the tool's word is the whole answer, nothing is waited for.
 Result dockerCommand(const Stop::Containers& containers, const Tools& tools, const std::string& verb) {
@@ -35,18 +57,18 @@ Result dockerCommand(const Stop::Containers& containers, const Tools& tools, con
   return Result::failed("docker " + verb + " failed.");
 }
 
-void signalAll(const std::vector<int32_t>& owned, platform::StopSignal signal) {
-  for (int32_t pid : owned) platform::sendSignal(pid, signal);
+void signalAll(const Owned& owned, platform::StopSignal signal) {
+  for (const ScannedProcess& process : owned.processes) platform::sendSignal(process, signal);
 }
 
-Result kill(const Item& item, const std::vector<int32_t>& owned, const Tools& tools, double wait) {
+Result kill(const Item& item, const Owned& owned, const Tools& tools, double wait) {
   if (const auto* containers = item.stop->as<Stop::Containers>()) return dockerCommand(*containers, tools, "kill");
-  if (owned.empty()) return notOurs(item);
+  if (owned.processes.empty()) return nothingToSignal(item, owned);
   signalAll(owned, platform::StopSignal::kill);
   return waitFor(owned, wait);
 }
 
-Result shutDownSimulator(const Item& item, const Stop::Simulator& simulator, const std::vector<int32_t>& owned,
+Result shutDownSimulator(const Item& item, const Stop::Simulator& simulator, const Owned& owned,
                          const Tools& tools, double wait) {
   const std::string* xcrun = tools.path("xcrun");
   if (!xcrun) return Result::failed("xcrun not found.");
@@ -59,7 +81,7 @@ Result shutDownSimulator(const Item& item, const Stop::Simulator& simulator, con
 }
 
 // adb asks the emulator to quit; when that can't be done the emulator gets SIGTERM like any process.
-Result stopEmulator(const Stop::Emulator& emulator, const std::vector<int32_t>& owned, const Tools& tools,
+Result stopEmulator(const Stop::Emulator& emulator, const Owned& owned, const Tools& tools,
                     double wait) {
   const std::string* adb = tools.path("adb");
   const bool asked = adb && emulator.serial && succeeded(run(*adb, {"-s", *emulator.serial, "emu", "kill"}, adbTimeout));
@@ -67,11 +89,11 @@ Result stopEmulator(const Stop::Emulator& emulator, const std::vector<int32_t>& 
   return waitFor(owned, wait);
 }
 
-Result terminate(const Item& item, const std::vector<int32_t>& owned, double wait) {
-  if (owned.empty()) return notOurs(item);
+Result terminate(const Item& item, const Owned& owned, double wait) {
+  if (owned.processes.empty()) return nothingToSignal(item, owned);
   bool delivered = false;
-  for (int32_t pid : owned)
-    if (platform::sendSignal(pid, platform::StopSignal::terminate) != platform::SignalResult::notPermitted)
+  for (const ScannedProcess& process : owned.processes)
+    if (platform::sendSignal(process, platform::StopSignal::terminate) != platform::SignalResult::notPermitted)
       delivered = true;
   if (!delivered)
     return Result::failed(std::string(platform::systemName()) + " doesn't let this version stop " + item.title +
@@ -81,9 +103,9 @@ Result terminate(const Item& item, const std::vector<int32_t>& owned, double wai
 
 }  // namespace
 
-Result stop(const Item& item, const Tools& tools, bool force, double wait) {
+Result stop(const Item& item, const StartTimes& started, const Tools& tools, bool force, double wait) {
   if (!item.stop) return Result::failed(item.title + " isn't stopped by Corvane.");
-  const auto owned = ownedProcesses(item);
+  const Owned owned = ownedProcesses(item, started);
   if (force) return kill(item, owned, tools, wait);
   if (const auto* simulator = item.stop->as<Stop::Simulator>())
     return shutDownSimulator(item, *simulator, owned, tools, wait);

@@ -2,13 +2,15 @@
 // Carries out the stop of one row once the policy allowed it: simulators through simctl, emulators
 // through adb, containers through docker, everything else by signal; with force, SIGKILL and
 // `docker kill`. Whatever the row says, it only ever signals the user's own processes outside the
-// system's locations, and never this program or its parent.
+// system's locations, never this program or its parent, and only the very processes the scan saw.
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "detect/item.h"
+#include "platform/process_table.h"
 #include "scanner/tools.h"
+#include "snapshot/proc.h"
 
 namespace corvane::Stopper {
 
@@ -29,15 +31,18 @@ struct Result {
   bool operator==(const Result&) const = default;
 };
 
-// Stops `item` and, for processes, waits up to `wait` seconds for them to go.
-Result stop(const Item& item, const Tools& tools, bool force, double wait);
+// Stops `item` and, for processes, waits up to `wait` seconds for them to go. `started` holds the
+// start time the scan recorded for each pid: a pid without one is never signalled, and one that
+// names another process by now (its process ended and the pid was reused) counts as gone. A row
+// whose processes are all gone that way is stopped.
+Result stop(const Item& item, const StartTimes& started, const Tools& tools, bool force, double wait);
 
 // A process this program may signal: pid 2 or above, neither this program nor its parent, the real
 // user's own, with a readable executable outside the system's locations.
 bool mayStop(int32_t pid);
 
-// True once every pid has exited (a zombie counts as gone) within `seconds`. Checks before the
-// first pause, then every 200 ms.
-bool waitGone(const std::vector<int32_t>& pids, double seconds);
+// True once every process has exited (a zombie, and a pid that names another process by now, count
+// as gone) within `seconds`. Checks before the first pause, then every 200 ms.
+bool waitGone(const std::vector<platform::ScannedProcess>& processes, double seconds);
 
 }  // namespace corvane::Stopper

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "activity/activity_log.h"
+#include "platform/process_table.h"
 #include "support/child_process.h"
 #include "support/fake_programs.h"
 #include "support/run_program.h"
@@ -45,8 +46,9 @@ TEST_F(StopRowsTest, OutcomesInFinishingOrderAndOneEntryPerStop) {
   process.memory = 1'200'000'000;
   process.stop = Stop::signal();
 
-  const auto outcomes = stopRows({containerRow("db", {"slow", "x"}), containerRow("web", {"bad"}), process}, false,
-                                 "corvane stop", tools);
+  const StartTimes started = {{server.pid(), platform::processStarted(server.pid()).value()}};
+  const auto outcomes = stopRows({containerRow("db", {"slow", "x"}), containerRow("web", {"bad"}), process}, started,
+                                 false, "corvane stop", tools);
   ASSERT_EQ(outcomes.size(), 3u);
   EXPECT_EQ(outcomes[2], makeOutcome(containerRow("db", {}), Outcome::State::stopped));
   EXPECT_EQ(outcomes[2].memory, 0u);
@@ -70,8 +72,8 @@ TEST_F(StopRowsTest, OutcomesInFinishingOrderAndOneEntryPerStop) {
 }
 
 TEST_F(StopRowsTest, NothingStoppedLeavesTheLogAlone) {
-  EXPECT_TRUE(stopRows({}, false, "corvane free", {}).empty());
-  const auto outcomes = stopRows({containerRow("web", {"w"})}, true, "corvane free", {});
+  EXPECT_TRUE(stopRows({}, {}, false, "corvane free", {}).empty());
+  const auto outcomes = stopRows({containerRow("web", {"w"})}, {}, true, "corvane free", {});
   EXPECT_EQ(outcomes, std::vector{makeOutcome(containerRow("web", {}), Outcome::State::failed, "docker not found.")});
   EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(log.path).parent_path()));
 }

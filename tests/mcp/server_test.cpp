@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <regex>
 #include <sstream>
+#include <thread>
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -148,6 +149,33 @@ TEST_F(McpTest, AnswersEachRequestAsItArrivesAndEndsWithItsInput) {
   server.closeInput();
   EXPECT_EQ(server.readToEnd(), "");
   EXPECT_EQ(server.waitExit(), 0);
+}
+
+// The client goes while tool discovery waits on a slow login shell: the shell, and what it started,
+// end with the server, and no output file stays behind.
+TEST_F(McpTest, EndOfInputEndsTheToolLookupStillRunning) {
+  const std::string tmp = root + "/tmp", pids = root + "/pids";
+  fs::create_directories(tmp);
+  testing_support::ScopedEnv tmpdir("TMPDIR", tmp);
+  testing_support::ScopedEnv slowShell(
+      "SHELL", testing_support::writeScript(root + "/bin/slow-shell", "sleep 30 &\necho \"$$ $!\" > " + pids +
+                                                                          ".part && mv " + pids + ".part " + pids +
+                                                                          "\nwait\n"));
+  PipedProgram server(CORVANE_EXE, {"mcp"});
+  ASSERT_GT(server.pid(), 0);
+  for (int i = 0; i < 200 && !fs::exists(pids); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  std::istringstream started(testing_support::readFile(pids));
+  pid_t shellPid = 0, sleepPid = 0;
+  ASSERT_TRUE(started >> shellPid >> sleepPid);
+
+  server.closeInput();
+  EXPECT_EQ(server.waitExit(), 0);
+  for (const pid_t pid : {shellPid, sleepPid}) {
+    for (int i = 0; i < 100 && !platform::processGone(pid); ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_TRUE(platform::processGone(pid)) << pid;
+  }
+  EXPECT_TRUE(fs::is_empty(tmp));
 }
 
 TEST_F(McpTest, TheLastReplyIsWrittenBeforeExitAndBlankInputGetsNothing) {

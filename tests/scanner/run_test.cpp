@@ -13,13 +13,22 @@ namespace {
 
 using testing_support::writeScript;
 
-bool outputFilesLeft() {
-  for (const auto& entry : std::filesystem::directory_iterator(platform::temporaryDirectory()))
-    if (entry.path().filename().string().starts_with("corvane-")) return true;
-  return false;
-}
+// Each test has a temporary directory of its own, so that what other tests leave running can't put
+// files among those it counts.
+class RunTest : public testing::Test {
+ protected:
+  bool outputFilesLeft() const {
+    for (const auto& entry : std::filesystem::directory_iterator(tmp_))
+      if (entry.path().filename().string().starts_with("corvane-")) return true;
+    return false;
+  }
 
-TEST(RunTest, StatusAndStandardOutputOnly) {
+ private:
+  const std::string tmp_ = testing_support::makeTempDir("tmp");
+  const testing_support::ScopedEnv tmpdir_{"TMPDIR", tmp_};
+};
+
+TEST_F(RunTest, StatusAndStandardOutputOnly) {
   const std::string dir = testing_support::makeTempDir("run");
   const auto result = run(writeScript(dir + "/tool", "printf '%s|' \"$@\"; echo err >&2; read l && echo in; exit 3\n"),
                           {"a b", "", "c"}, 5);
@@ -29,7 +38,7 @@ TEST(RunTest, StatusAndStandardOutputOnly) {
   EXPECT_FALSE(outputFilesLeft());
 }
 
-TEST(RunTest, TimeOutSendsSIGTERM) {
+TEST_F(RunTest, TimeOutSendsSIGTERM) {
   const std::string dir = testing_support::makeTempDir("run");
   EXPECT_FALSE(run(writeScript(dir + "/slow", "echo started; exec sleep 10\n"), {}, 0.2));
   // A program that exits by itself on SIGTERM gives its own status.
@@ -41,7 +50,7 @@ TEST(RunTest, TimeOutSendsSIGTERM) {
   EXPECT_FALSE(outputFilesLeft());
 }
 
-TEST(RunTest, ProgramsThatCannotStartGiveNothing) {
+TEST_F(RunTest, ProgramsThatCannotStartGiveNothing) {
   const std::string dir = testing_support::makeTempDir("run");
   const std::string plain = writeScript(dir + "/plain", "exit 0\n");
   std::filesystem::permissions(plain, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
@@ -52,7 +61,7 @@ TEST(RunTest, ProgramsThatCannotStartGiveNothing) {
   EXPECT_FALSE(run(writeScript(dir + "/ok", "exit 0\n"), {}, 1));
 }
 
-TEST(RunTest, ConcurrentRunsKeepTheirOwnOutput) {
+TEST_F(RunTest, ConcurrentRunsKeepTheirOwnOutput) {
   const std::string script = writeScript(testing_support::makeTempDir("run") + "/echo", "sleep 0.05; echo $1; exit $1\n");
   std::vector<std::optional<Tools::Output>> results(8);
   std::vector<std::thread> threads;

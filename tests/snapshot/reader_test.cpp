@@ -7,8 +7,10 @@
 #include <filesystem>
 #include <fcntl.h>
 #include <fstream>
-#include <sstream>
+#include <map>
+#include <set>
 #include <netinet/in.h>
+#include <sstream>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
@@ -156,6 +158,71 @@ TEST(ReaderTest, InboundCountsAcceptedConnectionsNotOutgoingOnes) {
   ASSERT_NE(proc, nullptr);
   EXPECT_THAT(proc->listening, ElementsAre(port));
   EXPECT_EQ(proc->inbound, 3);
+}
+
+// A pre-fork server: the workers (and a worker's own child) hold the listening sockets they
+// inherited, and each counts the connections it accepted itself.
+TEST(ReaderTest, ForkedWorkersShowTheSocketsTheyShare) {
+  const std::string python = testing_support::systemPython();
+  if (python.empty()) GTEST_SKIP() << "no python3";
+  const char* script =
+      "import os, socket, time\n"
+      "socks = [socket.socket() for _ in range(2)]\n"
+      "for s in socks: s.bind(('127.0.0.1', 0)); s.listen(8)\n"
+      "print(*(s.getsockname()[1] for s in socks), flush=True)\n"
+      "master = os.getpid()\n"
+      "def live(line, ancestor):\n"  // each fork ends once its parent has gone
+      "    os.write(1, f'{line} {os.getpid()}\\n'.encode())\n"  // one write: the forks share the pipe
+      "    while os.getppid() == ancestor: time.sleep(0.05)\n"
+      "    os._exit(0)\n"
+      "if os.fork() == 0:\n"
+      "    conn = socks[0].accept()[0]\n"
+      "    live('accepted', master)\n"
+      "if os.fork() == 0:\n"
+      "    worker = os.getpid()\n"
+      "    if os.fork() == 0: live('grandchild', worker)\n"
+      "    live('worker', master)\n"
+      "time.sleep(60)\n";
+  ChildProcess server(python, {"python3", "-c", script});
+  ASSERT_GT(server.pid(), 0);
+  std::istringstream portLine(server.readLine());
+  uint16_t first = 0, second = 0;
+  ASSERT_TRUE(portLine >> first >> second);
+  Socket client(AF_INET);
+  ASSERT_TRUE(connectTo(client, first));
+  std::map<std::string, pid_t> forks;
+  for (int i = 0; i < 3; ++i) {
+    const std::string text = server.readLine();
+    std::istringstream line(text);
+    std::string role;
+    pid_t pid = 0;
+    ASSERT_TRUE(line >> role >> pid) << text;
+    forks[role] = pid;
+  }
+
+  ArgsCache cache;
+  const Snapshot snapshot = corvane::snapshot(cache);
+  const std::vector<std::pair<pid_t, int64_t>> expected = {
+      {server.pid(), 0}, {forks["accepted"], 1}, {forks["worker"], 0}, {forks["grandchild"], 0}};
+  for (const auto& [pid, inbound] : expected) {
+    const Proc* proc = find(snapshot, pid);
+    ASSERT_NE(proc, nullptr) << pid;
+    EXPECT_THAT(proc->listening, ElementsAre(std::min(first, second), std::max(first, second))) << pid;
+    EXPECT_EQ(proc->inbound, inbound) << pid;
+  }
+
+  // The same when every socket of the user has been matched to some process before the workers
+  // come, as happens when the workers come last in the table.
+  platform::ProcessTable table;
+  for (const pid_t pid : table.pids())
+    if (pid != forks["worker"] && pid != forks["grandchild"] && table.stats(pid)) table.tcpSockets(pid);
+  for (const pid_t pid : {forks["worker"], forks["grandchild"]}) {
+    ASSERT_TRUE(table.stats(pid));
+    std::set<uint16_t> listening;
+    for (const auto& socket : table.tcpSockets(pid))
+      if (socket.listening) listening.insert(socket.port);
+    EXPECT_THAT(listening, ElementsAre(std::min(first, second), std::max(first, second))) << pid;
+  }
 }
 
 TEST(ReaderTest, PortOverIPv4AndIPv6CountsOnce) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/process_table.h"
+#include "platform/signals.h"
 #include "support/child_process.h"
 #include "support/fake_programs.h"
 #include "support/run_program.h"
@@ -29,6 +30,16 @@ Item rowOf(std::vector<int32_t> pids, std::optional<Stop> stop = Stop::signal())
 }
 
 bool alive(pid_t pid) { return !platform::processGone(pid); }
+
+// The stop of a row as a scan taken now would have recorded it.
+Result stopNow(const Item& row, const Tools& tools, bool force, double wait) {
+  StartTimes started;
+  for (int32_t pid : row.pids)
+    if (const auto start = platform::processStarted(pid)) started.emplace(pid, *start);
+  return Stopper::stop(row, started, tools, force, wait);
+}
+
+platform::ScannedProcess scanned(pid_t pid) { return {pid, platform::processStarted(pid).value_or(Date{})}; }
 
 // A process that shrugs off SIGTERM; it has set that up by the time the constructor returns.
 struct Stubborn {
@@ -64,7 +75,7 @@ TEST(MayStopTest, NeverThisProgramItsParentOrTheFirstPids) {
   EXPECT_TRUE(Stopper::mayStop(sleeper.pid()));
   for (int32_t pid : {-1, 0, 1, static_cast<int32_t>(getpid()), static_cast<int32_t>(getppid()), 0x7ffffff0})
     EXPECT_FALSE(Stopper::mayStop(pid)) << pid;
-  for (bool force : {false, true}) EXPECT_EQ(Stopper::stop(rowOf({0, 1, getpid(), getppid()}), {}, force, 1), notOurs);
+  for (bool force : {false, true}) EXPECT_EQ(stopNow(rowOf({0, 1, getpid(), getppid()}), {}, force, 1), notOurs);
 }
 
 TEST(MayStopTest, NeverAnotherUsersProcessOrASystemProgram) {
@@ -72,34 +83,55 @@ TEST(MayStopTest, NeverAnotherUsersProcessOrASystemProgram) {
   ChildProcess system("/usr/sbin/logsave", {"logsave", "/dev/null", "/bin/sleep", "60"});
   ASSERT_GT(system.pid(), 0);
   EXPECT_FALSE(Stopper::mayStop(system.pid()));
-  EXPECT_EQ(Stopper::stop(rowOf({system.pid()}), {}, true, 1), notOurs);
+  EXPECT_EQ(stopNow(rowOf({system.pid()}), {}, true, 1), notOurs);
   EXPECT_TRUE(alive(system.pid()));
 
   const auto other = sleeperOfAnotherUser();
   if (!other) GTEST_SKIP() << "needs root to start a process under another user";
   EXPECT_FALSE(Stopper::mayStop(other->pid()));
-  EXPECT_EQ(Stopper::stop(rowOf({other->pid()}), {}, true, 1), notOurs);
+  EXPECT_EQ(stopNow(rowOf({other->pid()}), {}, true, 1), notOurs);
   EXPECT_TRUE(alive(other->pid()));
+}
+
+// A pid the scan did not record is never signalled; one recorded with another start time names a
+// newer process now: the scanned one is gone, and the newer one is left alone.
+TEST(StopperTest, OnlyTheProcessesTheScanSaw) {
+  Sleeper sleeper;
+  const auto started = platform::processStarted(sleeper.pid());
+  ASSERT_TRUE(started);
+  const Item row = rowOf({sleeper.pid()});
+  const StartTimes earlier = {{sleeper.pid(), *started - std::chrono::seconds(1)}};
+  for (bool force : {false, true}) {
+    EXPECT_EQ(Stopper::stop(row, {}, {}, force, 1), notOurs);
+    EXPECT_EQ(Stopper::stop(row, earlier, {}, force, 1), Result::stopped());
+    EXPECT_EQ(Stopper::stop(rowOf({sleeper.pid()}, Stop::emulator(std::nullopt)), earlier, {}, force, 1),
+              Result::stopped());
+  }
+  EXPECT_EQ(platform::sendSignal({sleeper.pid(), earlier.begin()->second}, platform::StopSignal::kill),
+            platform::SignalResult::gone);
+  EXPECT_TRUE(platform::processGone({sleeper.pid(), earlier.begin()->second}));
+  EXPECT_TRUE(Stopper::waitGone({{sleeper.pid(), earlier.begin()->second}}, 0));
+  EXPECT_TRUE(alive(sleeper.pid()));
 }
 
 TEST(WaitGoneTest, ExitedCountsAsGoneBeforeItIsReaped) {
   ChildProcess exited([] {});  // a zombie until the test reaps it
   Sleeper sleeper;
   EXPECT_TRUE(Stopper::waitGone({}, 0));
-  EXPECT_TRUE(Stopper::waitGone({exited.pid()}, 5));
-  EXPECT_FALSE(Stopper::waitGone({exited.pid(), sleeper.pid()}, 0.3));
+  EXPECT_TRUE(Stopper::waitGone({scanned(exited.pid())}, 5));
+  EXPECT_FALSE(Stopper::waitGone({scanned(exited.pid()), scanned(sleeper.pid())}, 0.3));
 }
 
 TEST(StopperTest, SignalsAndTheirWait) {
-  EXPECT_EQ(Stopper::stop(rowOf({}, std::nullopt), {}, false, 1), Result::failed("Test row isn't stopped by Corvane."));
+  EXPECT_EQ(stopNow(rowOf({}, std::nullopt), {}, false, 1), Result::failed("Test row isn't stopped by Corvane."));
   Sleeper polite;
-  EXPECT_EQ(Stopper::stop(rowOf({polite.pid(), 1}), {}, false, 5), Result::stopped());
+  EXPECT_EQ(stopNow(rowOf({polite.pid(), 1}), {}, false, 5), Result::stopped());
 
   Stubborn stubborn;
   const Item row = rowOf({stubborn.process.pid()});
-  EXPECT_EQ(Stopper::stop(row, {}, false, 0.5), Result::stillRunning());
+  EXPECT_EQ(stopNow(row, {}, false, 0.5), Result::stillRunning());
   EXPECT_TRUE(alive(stubborn.process.pid()));
-  EXPECT_EQ(Stopper::stop(row, {}, true, 5), Result::stopped());
+  EXPECT_EQ(stopNow(row, {}, true, 5), Result::stopped());
 }
 
 TEST(StopperTest, ContainersGoThroughDocker) {
@@ -107,14 +139,14 @@ TEST(StopperTest, ContainersGoThroughDocker) {
   Tools tools;
   tools.paths["docker"] = writeScript(dir + "/docker", "echo \"$@\" >> " + dir + "/log\n");
   const Item row = rowOf({}, Stop::containers({"abc123", "def456"}));
-  EXPECT_EQ(Stopper::stop(row, tools, false, 5), Result::stopped());
-  EXPECT_EQ(Stopper::stop(row, tools, true, 5), Result::stopped());
+  EXPECT_EQ(stopNow(row, tools, false, 5), Result::stopped());
+  EXPECT_EQ(stopNow(row, tools, true, 5), Result::stopped());
   EXPECT_EQ(readFile(dir + "/log"), "stop abc123 def456\nkill abc123 def456\n");
 
   tools.paths["docker"] = writeScript(dir + "/broken", "exit 1\n");
-  EXPECT_EQ(Stopper::stop(row, tools, false, 5), Result::failed("docker stop failed."));
-  EXPECT_EQ(Stopper::stop(row, tools, true, 5), Result::failed("docker kill failed."));
-  EXPECT_EQ(Stopper::stop(row, {}, true, 5), Result::failed("docker not found."));
+  EXPECT_EQ(stopNow(row, tools, false, 5), Result::failed("docker stop failed."));
+  EXPECT_EQ(stopNow(row, tools, true, 5), Result::failed("docker kill failed."));
+  EXPECT_EQ(stopNow(row, {}, true, 5), Result::failed("docker not found."));
 }
 
 TEST(StopperTest, SimulatorsShutDownThroughSimctlUnlessForced) {
@@ -122,17 +154,17 @@ TEST(StopperTest, SimulatorsShutDownThroughSimctlUnlessForced) {
   Tools tools;
   tools.paths["xcrun"] = writeScript(dir + "/xcrun", "echo \"$@\" >> " + dir + "/log\n");
   const std::string udid = "5B3E2C1A-0000-4000-8000-00000000ABCD";
-  EXPECT_EQ(Stopper::stop(rowOf({}, Stop::simulator(udid, false)), tools, false, 5), Result::stopped());
-  EXPECT_EQ(Stopper::stop(rowOf({}, Stop::simulator(udid, true)), tools, false, 5), Result::stopped());
+  EXPECT_EQ(stopNow(rowOf({}, Stop::simulator(udid, false)), tools, false, 5), Result::stopped());
+  EXPECT_EQ(stopNow(rowOf({}, Stop::simulator(udid, true)), tools, false, 5), Result::stopped());
   Sleeper device;
-  EXPECT_EQ(Stopper::stop(rowOf({device.pid()}, Stop::simulator(udid, false)), tools, true, 5), Result::stopped());
+  EXPECT_EQ(stopNow(rowOf({device.pid()}, Stop::simulator(udid, false)), tools, true, 5), Result::stopped());
   // Forced, the device's processes were killed and simctl was not asked.
   EXPECT_EQ(readFile(dir + "/log"), "simctl shutdown " + udid + "\nsimctl --set previews shutdown " + udid + "\n");
 
   tools.paths["xcrun"] = writeScript(dir + "/broken", "exit 148\n");
-  EXPECT_EQ(Stopper::stop(rowOf({}, Stop::simulator(udid, false)), tools, false, 5),
+  EXPECT_EQ(stopNow(rowOf({}, Stop::simulator(udid, false)), tools, false, 5),
             Result::failed("simctl couldn't shut down Test row."));
-  EXPECT_EQ(Stopper::stop(rowOf({}, Stop::simulator(udid, false)), {}, false, 5), Result::failed("xcrun not found."));
+  EXPECT_EQ(stopNow(rowOf({}, Stop::simulator(udid, false)), {}, false, 5), Result::failed("xcrun not found."));
 }
 
 TEST(StopperTest, EmulatorsAskAdbThenFallBackToSIGTERM) {
@@ -141,13 +173,13 @@ TEST(StopperTest, EmulatorsAskAdbThenFallBackToSIGTERM) {
   tools.paths["adb"] = writeScript(dir + "/adb", "echo \"$@\" >> " + dir + "/log\n");
   // adb said yes: the emulator's processes are waited for, not signalled.
   Stubborn stubborn;
-  EXPECT_EQ(Stopper::stop(rowOf({stubborn.process.pid()}, Stop::emulator("emulator-5554")), tools, false, 0.3),
+  EXPECT_EQ(stopNow(rowOf({stubborn.process.pid()}, Stop::emulator("emulator-5554")), tools, false, 0.3),
             Result::stillRunning());
   Sleeper withoutSerial, adbFailed;
-  EXPECT_EQ(Stopper::stop(rowOf({withoutSerial.pid()}, Stop::emulator(std::nullopt)), tools, false, 5),
+  EXPECT_EQ(stopNow(rowOf({withoutSerial.pid()}, Stop::emulator(std::nullopt)), tools, false, 5),
             Result::stopped());
   tools.paths["adb"] = writeScript(dir + "/broken", "exit 1\n");
-  EXPECT_EQ(Stopper::stop(rowOf({adbFailed.pid()}, Stop::emulator("emulator-5554")), tools, false, 5),
+  EXPECT_EQ(stopNow(rowOf({adbFailed.pid()}, Stop::emulator("emulator-5554")), tools, false, 5),
             Result::stopped());
   EXPECT_EQ(readFile(dir + "/log"), "-s emulator-5554 emu kill\n");
 }

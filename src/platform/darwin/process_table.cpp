@@ -80,6 +80,11 @@ std::string textUpToZero(const char* bytes, size_t size) {
   return std::string(bytes, length);
 }
 
+Date startOf(const proc_bsdinfo& info) {
+  return Date(std::chrono::microseconds(static_cast<int64_t>(info.pbi_start_tvsec) * 1'000'000 +
+                                        static_cast<int64_t>(info.pbi_start_tvusec)));
+}
+
 std::optional<std::string> pidPath(int32_t pid) {
   char buffer[pathBufferSize] = {};
   if (proc_pidpath(pid, buffer, pathBufferSize) <= 0) return std::nullopt;
@@ -114,8 +119,7 @@ std::optional<ProcessStats> ProcessTable::stats(int32_t pid) {
   if (!info || info->pbi_uid != state_->uid) return std::nullopt;
   ProcessStats stats;
   stats.ppid = static_cast<int32_t>(info->pbi_ppid);
-  stats.started = Date(std::chrono::microseconds(static_cast<int64_t>(info->pbi_start_tvsec) * 1'000'000 +
-                                                 static_cast<int64_t>(info->pbi_start_tvusec)));
+  stats.started = startOf(*info);
   rusage_info_v4 usage{};
   if (proc_pid_rusage(pid, RUSAGE_INFO_V4, reinterpret_cast<rusage_info_t*>(&usage)) == 0) {
     const Timebase& t = timebase();
@@ -180,10 +184,23 @@ std::vector<TcpSocket> ProcessTable::tcpSockets(int32_t pid) {
   return found;
 }
 
+std::optional<Date> processStarted(int32_t pid) {
+  if (pid < 1) return std::nullopt;
+  const auto info = bsdInfo(pid);
+  if (!info) return std::nullopt;
+  return startOf(*info);
+}
+
 bool processGone(int32_t pid) {
   if (pid < 1) return true;
   const auto info = bsdInfo(pid);
   return !info || info->pbi_status == SZOMB;
+}
+
+bool processGone(const ScannedProcess& process) {
+  if (process.pid < 1) return true;
+  const auto info = bsdInfo(process.pid);
+  return !info || info->pbi_status == SZOMB || startOf(*info) != process.started;
 }
 
 // The user of a process is the one its BSD record names, the same reading the snapshot filters on.

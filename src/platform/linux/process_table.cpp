@@ -1,6 +1,7 @@
 #include "platform/process_table.h"
 
 #include <cstdio>
+#include <unordered_map>
 #include <unordered_set>
 
 #include <dirent.h>
@@ -77,12 +78,18 @@ struct ProcessTable::State {
   int procFd = -1;
   int32_t commPid = 0;  // the process whose command name `comm` holds, from its last status read
   std::string comm;
+  int32_t statsPid = 0;  // the process of the last stats read, and its parent
+  int32_t statsParent = 0;
   uint32_t uid = 0;
   std::vector<char> buffer = std::vector<char>(4096);
   std::vector<char> entries = std::vector<char>(8192);
   char pathText[48];
   std::optional<TcpTable> sockets;
   std::unordered_set<uint64_t> matched;
+  // Every pid asked about, and whether it may hold one of the table's sockets: its own, or one
+  // inherited from an ancestor. A pid this pass has not asked about may be either; pid 0 is the
+  // parent of the first processes only, and holds nothing.
+  std::unordered_map<int32_t, bool> mayHold = {{0, false}};
 
   ~State() {
     if (proc) closedir(proc);
@@ -122,8 +129,18 @@ struct ProcessTable::State {
 
   bool allSocketsMatched() const { return sockets && matched.size() == sockets->size(); }
 
-  // Adds the sockets of the table among the fds listed in `entries`; false once all are matched.
-  bool matchFds(int fdDirectory, size_t length, std::vector<TcpSocket>& found) {
+  // A process holds the sockets it opened, those it inherited, and (rarely) one passed to it. Once
+  // every socket is matched to some process, only the descendants of a holder are still worth a
+  // look: a pre-fork server's workers hold its listening sockets and their own connections.
+  bool mayInherit(int32_t pid) const {
+    if (statsPid != pid) return true;
+    const auto parent = mayHold.find(statsParent);
+    return parent == mayHold.end() || parent->second;
+  }
+
+  // Adds the sockets of the table among the fds listed in `entries`. False once all are matched and
+  // `stopWhenAllMatched`: the rest of this process's fds are not worth reading then.
+  bool matchFds(int fdDirectory, size_t length, bool stopWhenAllMatched, std::vector<TcpSocket>& found) {
     char link[64];
     for (size_t at = 0; at < length;) {
       const auto* entry = reinterpret_cast<const dirent64*>(entries.data() + at);
@@ -137,7 +154,7 @@ struct ProcessTable::State {
       if (socket == sockets->end()) continue;
       found.push_back(socket->second);
       matched.insert(*inode);
-      if (allSocketsMatched()) return false;
+      if (stopWhenAllMatched && allSocketsMatched()) return false;
     }
     return true;
   }
@@ -173,6 +190,7 @@ std::vector<int32_t> ProcessTable::pids() {
 
 std::optional<ProcessStats> ProcessTable::stats(int32_t pid) {
   State& s = *state_;
+  s.mayHold.emplace(pid, false);
   if (!s.mayBeOwn(pid)) return std::nullopt;
   const auto statusText = readAt(s.procFd, s.path(pid, "status"), s.buffer);
   if (!statusText) return std::nullopt;
@@ -185,6 +203,8 @@ std::optional<ProcessStats> ProcessTable::stats(int32_t pid) {
   const auto stat = parseStat(*statText);
   if (!stat) return std::nullopt;
   const uint64_t ticksPerSecond = clock().ticksPerSecond;
+  s.statsPid = pid;
+  s.statsParent = stat->ppid;
   ProcessStats stats;
   stats.ppid = stat->ppid;
   stats.started = dateFromTicks(stat->starttime);
@@ -224,7 +244,9 @@ std::vector<TcpSocket> ProcessTable::tcpSockets(int32_t pid) {
     dropUncountableConnections(*s.sockets);
   }
   std::vector<TcpSocket> found;
-  if (s.allSocketsMatched()) return found;
+  const bool inherits = s.mayInherit(pid);
+  if (inherits) s.mayHold[pid] = true;
+  if (s.allSocketsMatched() && !inherits) return found;
   const int fdDirectory = openat(s.procFd, s.path(pid, "fd"), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (fdDirectory < 0) return found;
   // The kernel lists fds until the next entry does not fit; an entry is at most 32 bytes, so a
@@ -233,22 +255,40 @@ std::vector<TcpSocket> ProcessTable::tcpSockets(int32_t pid) {
   while (true) {
     const ssize_t length = getdents64(fdDirectory, s.entries.data(), s.entries.size());
     if (length <= 0) break;
-    if (!s.matchFds(fdDirectory, static_cast<size_t>(length), found)) break;
+    if (!s.matchFds(fdDirectory, static_cast<size_t>(length), !inherits, found)) break;
     if (static_cast<size_t>(length) + room <= s.entries.size()) break;
   }
   close(fdDirectory);
+  if (!found.empty()) s.mayHold[pid] = true;
   return found;
 }
 
-bool processGone(int32_t pid) {
-  if (pid < 1) return true;
+namespace {
+
+std::optional<StatFields> statOf(int32_t pid) {
+  if (pid < 1) return std::nullopt;
   char path[32];
   std::snprintf(path, sizeof path, "/proc/%d/stat", pid);
   std::vector<char> buffer(1024);
   const auto text = readAt(AT_FDCWD, path, buffer);
-  if (!text) return true;
-  const auto stat = parseStat(*text);
-  return !stat || stat->state == 'Z' || stat->state == 'X';
+  return text ? parseStat(*text) : std::nullopt;
+}
+
+bool exited(const std::optional<StatFields>& stat) { return !stat || stat->state == 'Z' || stat->state == 'X'; }
+
+}  // namespace
+
+std::optional<Date> processStarted(int32_t pid) {
+  const auto stat = statOf(pid);
+  if (!stat) return std::nullopt;
+  return dateFromTicks(stat->starttime);
+}
+
+bool processGone(int32_t pid) { return exited(statOf(pid)); }
+
+bool processGone(const ScannedProcess& process) {
+  const auto stat = statOf(process.pid);
+  return exited(stat) || dateFromTicks(stat->starttime) != process.started;
 }
 
 std::optional<ProcessOwner> processOwner(int32_t pid) {

@@ -8,7 +8,10 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
+#include <mutex>
+#include <set>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <thread>
@@ -23,6 +26,41 @@ namespace corvane::platform {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+// The runs in flight, by pid, so that they can all be ended before the program exits. A pid stays
+// here until its child is collected, so while it is here it can't name another process.
+struct RunsInFlight {
+  std::mutex mutex;
+  std::set<pid_t> pids;
+  bool ended = false;  // the program is exiting: no run starts, and none returns to its caller
+};
+
+// Never destroyed: threads of runs may still use it while the program exits.
+RunsInFlight& runsInFlight() {
+  static RunsInFlight* const runs = [] {
+    auto* made = new RunsInFlight;
+    std::atexit(endRunsInFlight);
+    return made;
+  }();
+  return *runs;
+}
+
+// A run and whatever it started, such as the commands of a login shell's startup files: each run
+// leads a process group of its own.
+void killRun(pid_t pid) {
+  kill(-pid, SIGKILL);
+  kill(pid, SIGKILL);
+}
+
+// Once the program exits, a caller must not act on a run that was cut short (a login-shell lookup
+// would count as a miss and be written down): its thread waits here for the exit instead.
+void awaitExitIfEnded(RunsInFlight& runs) {
+  {
+    const std::lock_guard lock(runs.mutex);
+    if (!runs.ended) return;
+  }
+  for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
+}
 
 // Holds the pieces posix_spawn needs and releases them on every path.
 class SpawnSetup {
@@ -49,14 +87,15 @@ class SpawnSetup {
 
   // A child starts with no blocked signals and default dispositions, whatever threads of this program
   // block or ignore (an ignored SIGTERM or SIGPIPE would otherwise be inherited), and with what this
-  // system adds.
+  // system adds. `ownSession` makes it a session leader, else it leads a new process group.
   bool signals(bool ownSession) {
     sigset_t none;
     sigset_t all;
     sigemptyset(&none);
     sigfillset(&all);
     short flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | os::extraSpawnFlags();
-    if (ownSession) flags |= POSIX_SPAWN_SETSID;
+    flags |= ownSession ? POSIX_SPAWN_SETSID : POSIX_SPAWN_SETPGROUP;
+    if (!ownSession && posix_spawnattr_setpgroup(&attributes_, 0) != 0) return false;
     return posix_spawnattr_setsigmask(&attributes_, &none) == 0 &&
            posix_spawnattr_setsigdefault(&attributes_, &all) == 0 && posix_spawnattr_setflags(&attributes_, flags) == 0;
   }
@@ -88,13 +127,12 @@ WaitStatus reapBlocking(pid_t pid) {
   }
 }
 
-// Waits for the child's end until `deadline`. Returns true with `status` set once it ended, false at
-// the deadline with the child still running (and not yet collected).
-bool reapBefore(pid_t pid, int exitWatch, Clock::time_point deadline, WaitStatus& status) {
+// Waits for the child's end until `deadline`, leaving it to be collected. False at the deadline with
+// the child still running.
+bool exitedBefore(pid_t pid, int exitWatch, Clock::time_point deadline) {
   if (exitWatch >= 0) {
     switch (os::waitForExit(exitWatch, deadline)) {
       case os::ExitWait::exited:
-        status = reapBlocking(pid);
         return true;
       case os::ExitWait::deadline:
         return false;
@@ -104,16 +142,10 @@ bool reapBefore(pid_t pid, int exitWatch, Clock::time_point deadline, WaitStatus
   }
   auto nap = std::chrono::milliseconds(1);
   for (;;) {
-    int raw = 0;
-    const pid_t done = waitpid(pid, &raw, WNOHANG);
-    if (done == pid) {
-      status = raw;
-      return true;
-    }
-    if (done < 0 && errno != EINTR) {
-      status = std::nullopt;
-      return true;
-    }
+    siginfo_t info{};
+    const int asked = waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT);
+    if (asked == 0 && info.si_pid == pid) return true;
+    if (asked < 0 && errno != EINTR) return true;  // collected by someone else; reapBlocking tells
     const auto now = Clock::now();
     if (now >= deadline) return false;
     std::this_thread::sleep_for(std::min<Clock::duration>(nap, deadline - now));
@@ -128,20 +160,20 @@ Clock::time_point deadlineAfter(Clock::time_point start, double seconds) {
 }
 
 // The child is signalled by pid only while it has not been collected, so the pid can't have been
-// reused by another process.
-WaitStatus waitWithTimeout(pid_t pid, double timeoutSeconds, double killGraceSeconds) {
+// reused by another process; it leaves the runs in flight just before it is collected.
+WaitStatus waitWithTimeout(RunsInFlight& runs, pid_t pid, double timeoutSeconds, double killGraceSeconds) {
   const int exitWatch = os::watchExit(pid);
-  WaitStatus status;
   const auto termAt = deadlineAfter(Clock::now(), timeoutSeconds);
-  if (!reapBefore(pid, exitWatch, termAt, status)) {
+  if (!exitedBefore(pid, exitWatch, termAt)) {
     kill(pid, SIGTERM);
-    if (!reapBefore(pid, exitWatch, deadlineAfter(termAt, killGraceSeconds), status)) {
-      kill(pid, SIGKILL);
-      status = reapBlocking(pid);
-    }
+    if (!exitedBefore(pid, exitWatch, deadlineAfter(termAt, killGraceSeconds))) killRun(pid);
   }
   if (exitWatch >= 0) close(exitWatch);
-  return status;
+  {
+    const std::lock_guard lock(runs.mutex);
+    runs.pids.erase(pid);
+  }
+  return reapBlocking(pid);
 }
 
 std::string readFromStart(int fd) {
@@ -166,25 +198,40 @@ std::string readFromStart(int fd) {
 std::optional<ChildOutput> runCapturingOutput(const std::string& path, const std::vector<std::string>& arguments,
                                               const std::string& outputFile, double timeoutSeconds,
                                               double killGraceSeconds) {
-  const int output = open(outputFile.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-  if (output < 0) return std::nullopt;
-  const auto discardOutput = [&] {
-    close(output);
-    unlink(outputFile.c_str());
-  };
-
-  SpawnSetup setup;
-  const std::optional<pid_t> pid =
-      setup.streams(output) && setup.signals(false) ? setup.spawn(path, arguments) : std::nullopt;
+  RunsInFlight& runs = runsInFlight();
+  int output = -1;
+  std::optional<pid_t> pid;
+  {
+    // Started and registered in one step, so that the end of the program can't fall in between.
+    const std::lock_guard lock(runs.mutex);
+    if (!runs.ended) output = open(outputFile.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (output >= 0) {
+      SpawnSetup setup;
+      pid = setup.streams(output) && setup.signals(false) ? setup.spawn(path, arguments) : std::nullopt;
+      // Both ends write and read through their descriptors: the name has served, and a file without
+      // one can't be left behind, whatever becomes of this program.
+      unlink(outputFile.c_str());
+      if (pid) runs.pids.insert(*pid);
+    }
+  }
   if (!pid) {
-    discardOutput();
+    if (output >= 0) close(output);
+    awaitExitIfEnded(runs);
     return std::nullopt;
   }
-  const WaitStatus status = waitWithTimeout(*pid, timeoutSeconds, killGraceSeconds);
+  const WaitStatus status = waitWithTimeout(runs, *pid, timeoutSeconds, killGraceSeconds);
   std::string data = readFromStart(output);
-  discardOutput();
+  close(output);
+  awaitExitIfEnded(runs);
   if (!status || !WIFEXITED(*status)) return std::nullopt;
   return ChildOutput{WEXITSTATUS(*status), std::move(data)};
+}
+
+void endRunsInFlight() {
+  RunsInFlight& runs = runsInFlight();
+  const std::lock_guard lock(runs.mutex);
+  runs.ended = true;
+  for (const pid_t pid : runs.pids) killRun(pid);
 }
 
 bool launchDetached(const std::string& path, const std::vector<std::string>& arguments) {

@@ -4,14 +4,28 @@
 #include <csignal>
 #include <unistd.h>
 
+#include "platform/posix/signal_delivery.h"
+
 namespace corvane::platform {
 
-SignalResult sendSignal(int32_t pid, StopSignal signal) {
-  // kill() with 0 or a negative pid reaches whole process groups; the stopper means one process.
-  if (pid < 1) return SignalResult::failed;
-  if (::kill(pid, signal == StopSignal::kill ? SIGKILL : SIGTERM) == 0) return SignalResult::sent;
-  return errno == EPERM ? SignalResult::notPermitted : SignalResult::failed;
+namespace os {
+
+int signalNumber(StopSignal signal) { return signal == StopSignal::kill ? SIGKILL : SIGTERM; }
+
+SignalResult failedSignal(int error) {
+  if (error == EPERM) return SignalResult::notPermitted;
+  return error == ESRCH ? SignalResult::gone : SignalResult::failed;
 }
+
+SignalResult killIfStillScanned(const ScannedProcess& process, StopSignal signal) {
+  // kill() with 0 or a negative pid reaches whole process groups; the stopper means one process.
+  if (process.pid < 1) return SignalResult::failed;
+  if (processStarted(process.pid) != process.started) return SignalResult::gone;
+  if (::kill(process.pid, signalNumber(signal)) == 0) return SignalResult::sent;
+  return failedSignal(errno);
+}
+
+}  // namespace os
 
 int32_t ownPid() { return static_cast<int32_t>(::getpid()); }
 
