@@ -4,7 +4,7 @@
 
 #include "base/uuid_shape.h"
 #include "platform/uuid.h"
-#include "snapshot/json_fields.h"
+#include "base/json_fields.h"
 
 namespace corvane {
 

@@ -7,7 +7,7 @@
 #include "platform/file_lock.h"
 #include "platform/files.h"
 #include "platform/paths.h"
-#include "snapshot/json_text.h"
+#include "base/json_text.h"
 
 namespace corvane {
 

@@ -1,6 +1,6 @@
 #include "activity/undo.h"
 
-#include "snapshot/json_fields.h"
+#include "base/json_fields.h"
 
 namespace corvane {
 

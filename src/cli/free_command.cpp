@@ -3,12 +3,12 @@
 #include <vector>
 
 #include "cli/commands.h"
-#include "cli/exit_codes.h"
+#include "base/exit_codes.h"
 #include "cli/outcome_output.h"
 #include "platform/output.h"
-#include "cli/settled_scan.h"
+#include "scanner/settled_scan.h"
 #include "cli/status_report.h"
-#include "cli/stop_rows.h"
+#include "stop/stop_rows.h"
 #include "scanner/scanner.h"
 #include "stop/pins.h"
 #include "stop/planner.h"
@@ -50,7 +50,7 @@ int32_t freeCommand(double gigabytes, bool dryRun, bool json) {
   if (dryRun) {
     for (const Item& row : plan) outcomes.push_back(makeOutcome(row, Outcome::State::wouldStop));
   } else {
-    outcomes = stopRows(plan, scanner.startTimes(), false, "corvane free", tools);
+    outcomes = stopRows(plan, scanner.startTimes(), StopMode::polite, "corvane free", tools);
   }
 
   if (json) {

@@ -1,6 +1,6 @@
 #include "cli/arguments.h"
 #include "cli/commands.h"
-#include "cli/exit_codes.h"
+#include "base/exit_codes.h"
 #include "platform/output.h"
 #include "cli/usage.h"
 

@@ -1,6 +1,6 @@
 #include "cli/outcome_output.h"
 
-#include "snapshot/json_text.h"
+#include "base/json_text.h"
 
 namespace corvane {
 

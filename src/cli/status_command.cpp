@@ -1,8 +1,8 @@
 #include <chrono>
 
 #include "cli/commands.h"
-#include "cli/exit_codes.h"
-#include "snapshot/json_text.h"
+#include "base/exit_codes.h"
+#include "base/json_text.h"
 #include "platform/output.h"
 #include "cli/status_report.h"
 #include "scanner/scanner.h"

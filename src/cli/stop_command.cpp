@@ -3,11 +3,11 @@
 #include <vector>
 
 #include "cli/commands.h"
-#include "cli/exit_codes.h"
+#include "base/exit_codes.h"
 #include "cli/outcome_output.h"
 #include "platform/output.h"
-#include "cli/settled_scan.h"
-#include "cli/stop_rows.h"
+#include "scanner/settled_scan.h"
+#include "stop/stop_rows.h"
 #include "scanner/scanner.h"
 #include "stop/match.h"
 #include "stop/pins.h"
@@ -35,7 +35,8 @@ int32_t stopCommand(const std::string& target, bool yes, bool force, bool dryRun
   if (dryRun) {
     for (const Item& item : toStop) outcomes.push_back(makeOutcome(item, Outcome::State::wouldStop));
   } else {
-    auto stopped = stopRows(toStop, scanner.startTimes(), force, "corvane stop", tools);
+    const StopMode mode = force ? StopMode::force : StopMode::polite;
+    auto stopped = stopRows(toStop, scanner.startTimes(), mode, "corvane stop", tools);
     outcomes.insert(outcomes.end(), stopped.begin(), stopped.end());
   }
 

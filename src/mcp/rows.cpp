@@ -1,6 +1,6 @@
 #include "mcp/rows.h"
 
-#include "snapshot/json_text.h"
+#include "base/json_text.h"
 #include "stop/pins.h"
 #include "stop/policy.h"
 

@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include "platform/output.h"
-#include "cli/exit_codes.h"
+#include "base/exit_codes.h"
 #include "mcp/caller.h"
 #include "mcp/handler.h"
 #include "platform/defaults.h"

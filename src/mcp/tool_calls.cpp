@@ -1,7 +1,7 @@
 // What each tool does for the calling agent.
-#include "cli/outcome.h"
-#include "cli/settled_scan.h"
-#include "cli/stop_rows.h"
+#include "stop/outcome.h"
+#include "scanner/settled_scan.h"
+#include "stop/stop_rows.h"
 #include "mcp/rows.h"
 #include "mcp/server.h"
 #include "ports/ports.h"
@@ -36,7 +36,7 @@ Reply stop(const std::string& target, Scanner& scanner, std::optional<int32_t> a
     return {"Nothing running matches " + target + ". list_running shows ids, ports and projects.", true};
 
   auto [outcomes, toStop] = splitByPolicy(matched.items, agentRule(readPins(), agentPID));
-  const std::vector<Outcome> stopped = stopRows(toStop, scanner.startTimes(), false, label, scanner.tools());
+  const std::vector<Outcome> stopped = stopRows(toStop, scanner.startTimes(), StopMode::polite, label, scanner.tools());
   outcomes.insert(outcomes.end(), stopped.begin(), stopped.end());
   return {joinLines(outcomes), exitCode(stopped) != ExitCode::done};
 }
@@ -52,7 +52,7 @@ Reply freeMemory(double gb, bool dryRun, Scanner& scanner, std::optional<int32_t
     for (const auto& item : plan) outcomes.push_back(makeOutcome(item, Outcome::State::wouldStop));
     return {joinLines(outcomes), false};
   }
-  const std::vector<Outcome> outcomes = stopRows(plan, scanner.startTimes(), false, label, scanner.tools());
+  const std::vector<Outcome> outcomes = stopRows(plan, scanner.startTimes(), StopMode::polite, label, scanner.tools());
   return {joinLines(outcomes), exitCode(outcomes) != ExitCode::done};
 }
 

@@ -1,7 +1,7 @@
 #include "scanner/json_lines.h"
 
 #include "base/lines.h"
-#include "snapshot/utf8.h"
+#include "base/utf8.h"
 
 namespace corvane {
 

@@ -3,7 +3,7 @@
 #include <fstream>
 
 #include "platform/files.h"
-#include "snapshot/json_fields.h"
+#include "base/json_fields.h"
 
 namespace corvane {
 

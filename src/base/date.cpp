@@ -1,4 +1,4 @@
-#include "snapshot/date.h"
+#include "base/date.h"
 
 #include <cmath>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "cli/outcome.h"
+#include "stop/outcome.h"
 
 #include <cstdio>
 

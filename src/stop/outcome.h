@@ -9,7 +9,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "cli/exit_codes.h"
+#include "base/exit_codes.h"
 #include "detect/item.h"
 #include "stop/policy.h"
 
