@@ -1,14 +1,17 @@
 #pragma once
 // Extra processes of the user for a benchmark: forked copies of it that sleep until they are killed,
-// every other one listening on a loopback port. They die with the benchmark even if it crashes.
+// every other one listening on a loopback port. On Linux they die with the benchmark even if it crashes;
+// elsewhere the destructor's SIGKILL is all there is.
 #include <cerrno>
 #include <csignal>
 #include <netinet/in.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
+#ifdef __linux__
+#include <sys/prctl.h>
+#endif
 
 namespace bench {
 
@@ -46,7 +49,9 @@ class Children {
   static pid_t start(bool listens, int ready) {
     const pid_t pid = fork();
     if (pid != 0) return pid;
+#ifdef __linux__
     prctl(PR_SET_PDEATHSIG, SIGKILL);
+#endif
     if (listens) {
       const int fd = socket(AF_INET, SOCK_STREAM, 0);
       sockaddr_in address{};

@@ -4,7 +4,8 @@
 
 namespace corvane::platform {
 
-// The home directory of the real user, from the password database (never $HOME); read once.
+// The home directory of the real user, from the password database, else the system's own home for the
+// current user (never $HOME); read once.
 const std::string& homeDirectory();
 // The user's Application Support folder: ~/Library/Application Support on macOS,
 // $XDG_DATA_HOME or ~/.local/share on Linux.

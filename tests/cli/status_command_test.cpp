@@ -10,6 +10,7 @@
 #include "support/piped_program.h"
 #include "support/listeners.h"
 #include "support/run_program.h"
+#include "support/user_files.h"
 
 namespace corvane {
 namespace {
@@ -39,6 +40,7 @@ const nlohmann::json* row(const nlohmann::json& items, const std::string& id) {
 }
 
 TEST(StatusCommandTest, ListsADevServerUnderItsProjectAndADatabase) {
+  SKIP_WHERE_USER_FILES_CANNOT_MOVE();
   const std::string python = testing_support::systemPython();
   const std::string redis = "/usr/bin/redis-server";
   if (python.empty() || access(redis.c_str(), X_OK) != 0) GTEST_SKIP() << "needs python3 and redis-server";

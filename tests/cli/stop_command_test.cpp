@@ -14,6 +14,7 @@
 #include "support/fake_programs.h"
 #include "support/listeners.h"
 #include "support/run_program.h"
+#include "support/user_files.h"
 
 namespace corvane {
 namespace {
@@ -31,6 +32,7 @@ class StopCommandTest : public testing::Test {
         config("XDG_CONFIG_HOME", root + "/config") {}
 
   void SetUp() override {
+    SKIP_WHERE_USER_FILES_CANNOT_MOVE();
     if (python.empty()) GTEST_SKIP() << "needs python3";
   }
 

@@ -22,6 +22,7 @@
 #include "support/listeners.h"
 #include "support/piped_program.h"
 #include "support/run_program.h"
+#include "support/user_files.h"
 
 namespace corvane {
 namespace {
@@ -102,6 +103,8 @@ class McpTest : public testing::Test {
         data("XDG_DATA_HOME", root + "/data"),
         config("XDG_CONFIG_HOME", root + "/config"),
         shell("SHELL", testing_support::writeScript(root + "/bin/login-shell", "exit 1\n")) {}
+
+  void SetUp() override { SKIP_WHERE_USER_FILES_CANNOT_MOVE(); }
 
   bool logTouched() const { return fs::exists(root + "/data/Corvane"); }
 
@@ -200,6 +203,8 @@ TEST_F(McpTest, TheLastReplyIsWrittenBeforeExitAndBlankInputGetsNothing) {
 class McpDevServerTest : public McpTest {
  protected:
   void SetUp() override {
+    McpTest::SetUp();
+    if (IsSkipped()) return;
     if (python.empty()) GTEST_SKIP() << "needs python3";
   }
 

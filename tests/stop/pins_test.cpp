@@ -6,11 +6,13 @@
 
 #include "platform/defaults.h"
 #include "support/run_program.h"
+#include "support/user_files.h"
 
 namespace corvane {
 namespace {
 
 TEST(PinsTest, ReadFromTheAppSuite) {
+  SKIP_WHERE_USER_FILES_CANNOT_MOVE();
   const auto suite = platform::DefaultsStore::appSuite();
   EXPECT_TRUE(readPins().empty());  // no suite file yet
   ASSERT_TRUE(suite.writeDictionary("pins", {{"db:postgres:5432", std::string("PostgreSQL")}, {"x", std::string()}}));

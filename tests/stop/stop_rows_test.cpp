@@ -10,6 +10,7 @@
 #include "support/child_process.h"
 #include "support/fake_programs.h"
 #include "support/run_program.h"
+#include "support/user_files.h"
 
 namespace corvane {
 namespace {
@@ -29,7 +30,10 @@ Item containerRow(const std::string& id, std::vector<std::string> containers) {
 
 class StopRowsTest : public testing::Test {
  protected:
-  void SetUp() override { std::filesystem::remove_all(std::filesystem::path(log.path).parent_path()); }
+  void SetUp() override {
+    SKIP_WHERE_USER_FILES_CANNOT_MOVE();
+    std::filesystem::remove_all(std::filesystem::path(log.path).parent_path());
+  }
   const ActivityLog log = ActivityLog::standard();
 };
 

@@ -1,9 +1,9 @@
 #include "support/child_process.h"
+#include "support/pipes.h"
 
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <fcntl.h>
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,18 +14,6 @@
 namespace corvane::testing_support {
 
 namespace {
-
-// Both ends close on exec.
-bool makePipe(int ends[2]) {
-#ifdef __linux__
-  return pipe2(ends, O_CLOEXEC) == 0;
-#else
-  if (pipe(ends) != 0) return false;
-  fcntl(ends[0], F_SETFD, FD_CLOEXEC);
-  fcntl(ends[1], F_SETFD, FD_CLOEXEC);
-  return true;
-#endif
-}
 
 // On Linux the child dies with the test; elsewhere the destructor's SIGKILL is all there is.
 void dieWithParent() {
@@ -39,8 +27,8 @@ void dieWithParent() {
 ChildProcess::ChildProcess(const std::string& path, const std::vector<std::string>& args,
                            const std::string& directory) {
   int output[2], started[2];
-  if (!makePipe(output)) return;
-  if (!makePipe(started)) {
+  if (!makeClosingPipe(output)) return;
+  if (!makeClosingPipe(started)) {
     close(output[0]);
     close(output[1]);
     return;

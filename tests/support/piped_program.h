@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <fcntl.h>
 #include <optional>
 #include <poll.h>
 #include <spawn.h>
@@ -16,6 +15,8 @@
 #include <unistd.h>
 #include <utility>
 #include <vector>
+
+#include "pipes.h"
 
 extern char** environ;
 
@@ -29,8 +30,8 @@ class PipedProgram {
     // A program that ends early must not take its writer with it.
     std::signal(SIGPIPE, SIG_IGN);
     int in[2], out[2];
-    if (pipe2(in, O_CLOEXEC) != 0) return;
-    if (pipe2(out, O_CLOEXEC) != 0) {
+    if (!makeClosingPipe(in)) return;
+    if (!makeClosingPipe(out)) {
       close(in[0]);
       close(in[1]);
       return;

@@ -1,4 +1,5 @@
 #include "platform/paths.h"
+#include "platform/posix/home_directory.h"
 
 #include <climits>
 #include <cstdlib>
@@ -11,6 +12,11 @@ std::string applicationSupportDirectory() {
   if (data && *data == '/') return data;
   return homeDirectory() + "/.local/share";
 }
+
+// Linux keeps a user's home only in the password database (login programs set HOME from it), so a user
+// it doesn't list has no home of its own: "/" stands for none, where the walk for a project's folder ends
+// anyway.
+std::string os::homeWithoutPasswordEntry() { return "/"; }
 
 std::string ownExecutablePath() {
   char buffer[PATH_MAX];

@@ -1,4 +1,5 @@
 #include "platform/paths.h"
+#include "platform/posix/home_directory.h"
 
 #include <cstdlib>
 #include <pwd.h>
@@ -11,8 +12,7 @@ const std::string& homeDirectory() {
   static const std::string home = [] {
     if (const passwd* entry = getpwuid(getuid()); entry && entry->pw_dir && *entry->pw_dir)
       return std::string(entry->pw_dir);
-    const char* env = std::getenv("HOME");
-    return std::string(env ? env : "/");
+    return os::homeWithoutPasswordEntry();
   }();
   return home;
 }

@@ -1,5 +1,5 @@
 // Stand-in for macOS <CoreFoundation/CoreFoundation.h>: the types and calls of strings, dates,
-// dictionaries and preferences that corvane uses, with their real prototypes.
+// dictionaries, URLs and preferences that corvane uses, with their real prototypes.
 #pragma once
 #include <stdint.h>
 
@@ -19,6 +19,7 @@ typedef const struct __CFString* CFStringRef;
 typedef const struct __CFDate* CFDateRef;
 typedef const struct __CFDictionary* CFDictionaryRef;
 typedef struct __CFDictionary* CFMutableDictionaryRef;
+typedef const struct __CFURL* CFURLRef;
 
 typedef struct {
   CFIndex location;
@@ -72,6 +73,9 @@ CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef allocator, CFInd
                                                  const CFDictionaryKeyCallBacks* keyCallBacks,
                                                  const CFDictionaryValueCallBacks* valueCallBacks);
 void CFDictionarySetValue(CFMutableDictionaryRef theDict, const void* key, const void* value);
+
+CFURLRef CFCopyHomeDirectoryURL(void);
+Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean resolveAgainstBase, UInt8* buffer, CFIndex maxBufLen);
 
 CFPropertyListRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef applicationID);
 void CFPreferencesSetAppValue(CFStringRef key, CFPropertyListRef value, CFStringRef applicationID);
