@@ -95,18 +95,12 @@ struct KindName {
 
 // Every kind with its name, in the order of the enumeration.
 inline constexpr std::array<KindName, 13> kindNames = {{
-    {Item::Kind::simulator, "simulator"},
-    {Item::Kind::simulatorApp, "simulatorApp"},
-    {Item::Kind::emulator, "emulator"},
-    {Item::Kind::gradle, "gradle"},
-    {Item::Kind::kotlin, "kotlin"},
-    {Item::Kind::xcode, "xcode"},
-    {Item::Kind::bundler, "bundler"},
-    {Item::Kind::docker, "docker"},
-    {Item::Kind::container, "container"},
-    {Item::Kind::database, "database"},
-    {Item::Kind::tunnel, "tunnel"},
-    {Item::Kind::server, "server"},
+    {Item::Kind::simulator, "simulator"}, {Item::Kind::simulatorApp, "simulatorApp"},
+    {Item::Kind::emulator, "emulator"},   {Item::Kind::gradle, "gradle"},
+    {Item::Kind::kotlin, "kotlin"},       {Item::Kind::xcode, "xcode"},
+    {Item::Kind::bundler, "bundler"},     {Item::Kind::docker, "docker"},
+    {Item::Kind::container, "container"}, {Item::Kind::database, "database"},
+    {Item::Kind::tunnel, "tunnel"},       {Item::Kind::server, "server"},
     {Item::Kind::agent, "agent"},
 }};
 

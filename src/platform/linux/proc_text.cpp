@@ -31,16 +31,7 @@ std::optional<StatFields> parseStat(std::string_view text) {
   if (close == std::string_view::npos) return std::nullopt;
   // Fields after the name: index 0 is field 3 (state), so field n sits at index n - 3.
   std::string_view fields[20];
-  size_t count = 0;
-  size_t at = close + 1;
-  while (count < 20) {
-    at = text.find_first_not_of(" \n", at);
-    if (at == std::string_view::npos) break;
-    size_t end = text.find_first_of(" \n", at);
-    if (end == std::string_view::npos) end = text.size();
-    fields[count++] = text.substr(at, end - at);
-    at = end;
-  }
+  const size_t count = splitFields(text.substr(close + 1), " \n", fields);
   if (count < 20 || fields[0].size() != 1) return std::nullopt;
   StatFields stat;
   stat.state = fields[0][0];

@@ -122,17 +122,7 @@ void addProcNetTcpRows(std::string_view text, uint32_t uid, TcpTable& table) {
     const std::string_view line = lines[i];
     // sl local_address rem_address st tx:rx tr:when retrnsmt uid timeout inode ...
     std::string_view fields[10];
-    size_t count = 0;
-    size_t position = 0;
-    while (count < 10) {
-      position = line.find_first_not_of(' ', position);
-      if (position == std::string_view::npos) break;
-      size_t stop = line.find(' ', position);
-      if (stop == std::string_view::npos) stop = line.size();
-      fields[count++] = line.substr(position, stop - position);
-      position = stop;
-    }
-    if (count < 10) continue;
+    if (splitFields(line, " ", fields) < 10) continue;
     const size_t colon = fields[1].rfind(':');
     if (colon == std::string_view::npos) continue;
     const auto port = hexNumber<uint16_t>(fields[1].substr(colon + 1));
