@@ -3,7 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
-#include <filesystem>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "platform/uuid.h"
@@ -55,9 +55,18 @@ bool writeAll(int fd, std::string_view bytes) {
   return true;
 }
 
+namespace {
+
+// Every missing folder above `path`; one that can't be made shows when the file is opened.
+void createParentDirectories(const std::string& path) {
+  for (size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1))
+    mkdir(path.substr(0, slash).c_str(), 0777);
+}
+
+}  // namespace
+
 bool replaceFileAtomically(const std::string& path, std::string_view bytes, FileAccess access) {
-  std::error_code ignored;
-  std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
+  createParentDirectories(path);
   const std::string temporary = path + "." + newUUID() + ".tmp";
   const mode_t mode = access == FileAccess::ownerOnly ? 0600 : 0666;
   const int fd = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
