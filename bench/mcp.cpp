@@ -15,7 +15,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "../tests/support/piped_program.h"
+#include "support/piped_program.h"
 #include "platform/paths.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <benchmark/benchmark.h>
 
 #include "scanner/containers.h"
-#include "scanner/tools.h"
+#include "tools/tools.h"
 
 namespace {
 

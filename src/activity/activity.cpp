@@ -2,8 +2,9 @@
 
 #include <cctype>
 
+#include "base/uuid_shape.h"
 #include "platform/uuid.h"
-#include "snapshot/json_fields.h"
+#include "base/json_fields.h"
 
 namespace corvane {
 
@@ -13,14 +14,9 @@ namespace {
 
 // 8-4-4-4-12 hexadecimal digits, either case; returned upper-case as the log writes them.
 std::optional<std::string> canonicalUUID(const std::string& text) {
-  if (text.size() != 36) return std::nullopt;
+  if (!isUUIDShape(text)) return std::nullopt;
   std::string upper = text;
-  for (size_t i = 0; i < upper.size(); ++i) {
-    const bool hyphen = i == 8 || i == 13 || i == 18 || i == 23;
-    const auto c = static_cast<unsigned char>(upper[i]);
-    if (hyphen ? c != '-' : !std::isxdigit(c)) return std::nullopt;
-    upper[i] = static_cast<char>(std::toupper(c));
-  }
+  for (char& c : upper) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
   return upper;
 }
 

@@ -8,8 +8,8 @@
 
 #include "activity/undo.h"
 #include "detect/item.h"
-#include "snapshot/date.h"
-#include "snapshot/decoded.h"
+#include "base/date.h"
+#include "base/decoded.h"
 
 namespace corvane {
 

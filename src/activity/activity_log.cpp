@@ -1,15 +1,13 @@
 #include "activity/activity_log.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
-#include <sstream>
 
+#include "base/lines.h"
 #include "platform/file_lock.h"
+#include "platform/files.h"
 #include "platform/paths.h"
-#include "snapshot/json_text.h"
-#include "platform/uuid.h"
+#include "base/json_text.h"
 
 namespace corvane {
 
@@ -26,33 +24,6 @@ void createDirectoryOf(const std::string& path) {
 // (a string that isn't valid UTF-8).
 std::optional<std::string> encodeLine(const Activity& entry) { return encodeCompactJSON(toJSON(entry)); }
 
-std::optional<std::string> readFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return std::nullopt;
-  std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  if (in.bad()) return std::nullopt;
-  return bytes;
-}
-
-// Writes to a fresh file beside `path` and renames it over `path`.
-void replaceAtomically(const std::string& path, const std::string& bytes) {
-  const std::string temporary = path + "." + platform::newUUID() + ".tmp";
-  {
-    std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
-    if (!out) return;
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    out.close();
-    if (!out) {
-      std::error_code ignored;
-      fs::remove(temporary, ignored);
-      return;
-    }
-  }
-  std::error_code error;
-  fs::rename(temporary, path, error);
-  if (error) fs::remove(temporary, error);
-}
-
 }  // namespace
 
 ActivityLog ActivityLog::standard() {
@@ -61,21 +32,14 @@ ActivityLog ActivityLog::standard() {
 
 std::vector<Activity> ActivityLog::read() const {
   std::vector<Activity> entries;
-  const auto bytes = readFile(path);
+  const auto bytes = platform::readFile(path);
   if (!bytes) return entries;
-  size_t start = 0;
-  while (start < bytes->size()) {
-    size_t end = bytes->find('\n', start);
-    if (end == std::string::npos) end = bytes->size();
-    if (end > start) {
-      const auto json = nlohmann::json::parse(bytes->begin() + static_cast<std::ptrdiff_t>(start),
-                                              bytes->begin() + static_cast<std::ptrdiff_t>(end), nullptr, false);
-      if (!json.is_discarded()) {
-        auto entry = decodeActivity(json);
-        if (entry) entries.push_back(std::move(*entry.value));
-      }
-    }
-    start = end + 1;
+  for (const std::string_view line : splitLines(*bytes)) {
+    if (line.empty()) continue;
+    const auto json = nlohmann::json::parse(line.begin(), line.end(), nullptr, false);
+    if (json.is_discarded()) continue;
+    auto entry = decodeActivity(json);
+    if (entry) entries.push_back(std::move(*entry.value));
   }
   return entries;
 }
@@ -90,7 +54,7 @@ void ActivityLog::write(const std::vector<Activity>& entries) const {
     bytes += *line;
   }
   createDirectoryOf(path);
-  replaceAtomically(path, bytes);
+  platform::replaceFileAtomically(path, bytes, platform::FileAccess::everyone);
 }
 
 void ActivityLog::append(const std::vector<Activity>& entries) const {

@@ -1,6 +1,6 @@
 #include "activity/undo.h"
 
-#include "snapshot/json_fields.h"
+#include "base/json_fields.h"
 
 namespace corvane {
 
@@ -13,8 +13,9 @@ std::optional<Undo> undoFor(const Item& item) {
     return Undo::boot(simulator->udid);
   }
   if (item.stop->as<Stop::Emulator>()) {
-    if (!item.key.starts_with("avd:")) return std::nullopt;
-    return Undo::avd(item.key.substr(4));
+    const auto name = avdNameFromKey(item.key);
+    if (!name) return std::nullopt;
+    return Undo::avd(*name);
   }
   if (const auto* containers = item.stop->as<Stop::Containers>()) return Undo::start(containers->ids);
   return std::nullopt;

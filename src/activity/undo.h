@@ -8,7 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "detect/item.h"
-#include "snapshot/decoded.h"
+#include "base/decoded.h"
 
 namespace corvane {
 

@@ -10,9 +10,9 @@ namespace {
 
 Proc rewriteProc(RewriteState& state, const Proc& proc) {
   Proc result = proc;
-  result.path = rewritePath(state, proc.path, true);
+  result.path = rewritePath(state, proc.path, LastComponent::kept);
   result.name = lastPathComponent(result.path);
-  result.cwd = rewritePath(state, proc.cwd, false);
+  result.cwd = rewritePath(state, proc.cwd, LastComponent::rewritten);
   // A secret announced at the end of one command line says nothing about the next one.
   state.secretNext = false;
   for (auto& argument : result.args) argument = rewriteArgument(state, argument);
@@ -40,7 +40,7 @@ Snapshot Anonymizer::anonymize(const Snapshot& snapshot) const {
 
 std::string Anonymizer::anonymize(std::string_view path) const {
   RewriteState state{home_, salt_, {}, false};
-  return rewritePath(state, path, true);
+  return rewritePath(state, path, LastComponent::kept);
 }
 
 std::string Anonymizer::hash(std::string_view name) const { return saltedHash(salt_, name); }

@@ -11,7 +11,5 @@ bool containsLetter(std::string_view text);
 bool containsDigit(std::string_view text);
 bool isLettersOnly(std::string_view text);  // true for ""
 size_t characterCount(std::string_view text);
-// 8-4-4-4-12 hexadecimal digits of either case with hyphens: 36 characters exactly.
-bool isUUID(std::string_view text);
 
 }  // namespace corvane

@@ -6,6 +6,7 @@
 #include "anonymize/characters.h"
 #include "anonymize/hash.h"
 #include "anonymize/tables.h"
+#include "base/uuid_shape.h"
 #include "snapshot/unicode.h"
 
 namespace corvane {
@@ -58,7 +59,7 @@ std::string rewriteAddress(RewriteState& state, std::string_view word) {
 
 std::string rewriteComponent(RewriteState& state, std::string_view component) {
   if (component.empty() || component.front() == '.' || component == "~") return std::string(component);
-  if (isPublicName(component) || !containsLetter(component) || isUUID(component)) return std::string(component);
+  if (isPublicName(component) || !containsLetter(component) || isUUIDShape(component)) return std::string(component);
   const std::string_view extension = extensionOf(component);
   const std::string_view base =
       extension.empty() ? component : component.substr(0, component.size() - extension.size() - 1);
@@ -69,7 +70,7 @@ std::string rewriteComponent(RewriteState& state, std::string_view component) {
   return result;
 }
 
-std::string rewritePath(RewriteState& state, std::string_view path, bool keepLast) {
+std::string rewritePath(RewriteState& state, std::string_view path, LastComponent lastComponent) {
   std::string text(path);
   const std::string_view home = state.home;
   if (!home.empty() && path.starts_with(home) && (path.size() == home.size() || path[home.size()] == '/'))
@@ -84,7 +85,7 @@ std::string rewritePath(RewriteState& state, std::string_view path, bool keepLas
     const std::string_view component = components[i];
     if (i > 0) result += '/';
     const bool last = i + 1 == components.size();
-    if (insidePackages || (last && keepLast && !state.privateNames.contains(component)))
+    if (insidePackages || (last && lastComponent == LastComponent::kept && !state.privateNames.contains(component)))
       result += component;
     else
       result += rewriteComponent(state, component);
@@ -95,7 +96,7 @@ std::string rewritePath(RewriteState& state, std::string_view path, bool keepLas
 
 std::string rewriteWord(RewriteState& state, std::string_view word) {
   if (word.empty()) return {};
-  if (word.find('/') != std::string_view::npos) return rewritePath(state, word, false);
+  if (word.find('/') != std::string_view::npos) return rewritePath(state, word, LastComponent::rewritten);
   if (word.find('@') != std::string_view::npos) return rewriteAddress(state, word);
   if (state.secretNext) {
     state.secretNext = false;
@@ -107,7 +108,8 @@ std::string rewriteWord(RewriteState& state, std::string_view word) {
 }
 
 std::string rewriteArgument(RewriteState& state, std::string_view argument) {
-  if (argument.starts_with('/') || argument.starts_with('~')) return rewritePath(state, argument, false);
+  if (argument.starts_with('/') || argument.starts_with('~'))
+    return rewritePath(state, argument, LastComponent::rewritten);
   std::string result;
   size_t start = 0;
   size_t at = 0;

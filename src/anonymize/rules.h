@@ -29,9 +29,10 @@ struct RewriteState {
 std::string rewriteComponent(RewriteState& state, std::string_view component);
 
 // The home directory becomes "~"; public locations stay whole; every other component goes through
-// rewriteComponent, except what follows a "node_modules" and, with `keepLast`, a last component that is
-// not (yet) known to be private.
-std::string rewritePath(RewriteState& state, std::string_view path, bool keepLast);
+// rewriteComponent, except what follows a "node_modules" and, with `LastComponent::kept`, a last component
+// that is not (yet) known to be private (an executable's name).
+enum class LastComponent { rewritten, kept };
+std::string rewritePath(RewriteState& state, std::string_view path, LastComponent last);
 
 // One word of an argument: paths, user@host, the word after a secret-announcing one, token-like words
 // and private names are hashed.

@@ -3,24 +3,20 @@
 #include <vector>
 
 #include "cli/commands.h"
+#include "base/exit_codes.h"
 #include "cli/outcome_output.h"
-#include "cli/output.h"
-#include "cli/settled_scan.h"
+#include "platform/output.h"
+#include "scanner/settled_scan.h"
 #include "cli/status_report.h"
-#include "cli/stop_rows.h"
+#include "stop/stop_rows.h"
 #include "scanner/scanner.h"
 #include "stop/pins.h"
 #include "stop/planner.h"
+#include "stop/policy.h"
 
 namespace corvane {
 
 namespace {
-
-// The rows `free` may consider: what the project rule would stop, and quiet.
-bool isCandidate(const Item& item, const Pins& pins) {
-  if (isPinned(pins, item) || !item.stop || item.guarded || item.building) return false;
-  return item.idleSince.has_value() || (item.cpu < 0.05 && item.inbound == 0);
-}
 
 uint64_t totalMemory(const std::vector<Item>& rows) {
   uint64_t total = 0;
@@ -36,28 +32,29 @@ int32_t freeCommand(double gigabytes, bool dryRun, bool json) {
   const std::vector<Item> items = settledScan(scanner);
 
   const Pins pins = readPins();
-  std::vector<Item> candidates;
-  for (const Item& item : items)
-    if (isCandidate(item, pins)) candidates.push_back(item);
+  // `free` follows the project rule: what it would stop, if quiet.
+  const std::vector<Item> candidates =
+      freeCandidates(items, [&](const Item& item) { return whyNot(item, isPinned(pins, item)); });
 
   const double asked = gigabytes * 1e9;
   const auto target = static_cast<uint64_t>(asked);
   const std::vector<Item> plan = planFree(candidates, target);
 
   if (plan.empty()) {
-    writeOut(json ? "[]\n" : "Nothing to free: no simulators, emulators or daemons that aren't pinned or building.\n");
-    return 2;
+    platform::writeOut(json ? "[]\n"
+                            : "Nothing to free: no simulators, emulators or daemons that aren't pinned or building.\n");
+    return ExitCode::nothingToDo;
   }
 
   std::vector<Outcome> outcomes;
   if (dryRun) {
     for (const Item& row : plan) outcomes.push_back(makeOutcome(row, Outcome::State::wouldStop));
   } else {
-    outcomes = stopRows(plan, scanner.startTimes(), false, "corvane free", tools);
+    outcomes = stopRows(plan, scanner.startTimes(), StopMode::polite, "corvane free", tools);
   }
 
   if (json) {
-    writeOut(outcomesJSON(outcomes));
+    platform::writeOut(outcomesJSON(outcomes));
     return exitCode(outcomes);
   }
   std::string text = outcomesText(outcomes);
@@ -66,7 +63,7 @@ int32_t freeCommand(double gigabytes, bool dryRun, bool json) {
   if (asked > static_cast<double>(planned))
     text += "That's " + gigabyteText(planned) + " of the " + gigabyteText(target) +
             " asked; the rest is in use, pinned or a database.\n";
-  writeOut(text);
+  platform::writeOut(text);
   return exitCode(outcomes);
 }
 

@@ -1,6 +1,7 @@
 #include "cli/arguments.h"
 #include "cli/commands.h"
-#include "cli/output.h"
+#include "base/exit_codes.h"
+#include "platform/output.h"
 #include "cli/usage.h"
 
 #include <string>
@@ -11,14 +12,14 @@ int32_t runMain(const std::vector<std::string>& arguments) {
   Invocation invocation = parseArguments(arguments);
   switch (invocation.action) {
     case Invocation::Action::help:
-      writeOut(std::string(usageText) + "\n");
-      return 0;
+      platform::writeOut(std::string(usageText) + "\n");
+      return ExitCode::done;
     case Invocation::Action::usage:
-      writeErr(std::string(usageText) + "\n");
-      return 64;
+      platform::writeErr(std::string(usageText) + "\n");
+      return ExitCode::usage;
     case Invocation::Action::badGigabytes:
-      writeErr(gigabytesMessage);
-      return 64;
+      platform::writeErr(gigabytesMessage);
+      return ExitCode::usage;
     case Invocation::Action::status:
       return statusCommand(invocation.json);
     case Invocation::Action::stop:
@@ -28,7 +29,7 @@ int32_t runMain(const std::vector<std::string>& arguments) {
     case Invocation::Action::mcp:
       return mcpCommand();
   }
-  return 64;
+  return ExitCode::usage;
 }
 
 }  // namespace corvane

@@ -1,6 +1,6 @@
 #include "cli/outcome_output.h"
 
-#include "snapshot/json_text.h"
+#include "base/json_text.h"
 
 namespace corvane {
 
@@ -12,7 +12,7 @@ std::string outcomesJSON(const std::vector<Outcome>& outcomes) {
 
 std::string outcomesText(const std::vector<Outcome>& outcomes) {
   std::string text;
-  for (const std::string& line : outcomeLines(outcomes, true)) text += line + "\n";
+  for (const std::string& line : outcomeLines(outcomes, Audience::commandLine)) text += line + "\n";
   return text;
 }
 

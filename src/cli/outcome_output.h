@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/outcome.h"
+#include "stop/outcome.h"
 
 namespace corvane {
 

@@ -1,8 +1,9 @@
 #include <chrono>
 
 #include "cli/commands.h"
-#include "snapshot/json_text.h"
-#include "cli/output.h"
+#include "base/exit_codes.h"
+#include "base/json_text.h"
+#include "platform/output.h"
 #include "cli/status_report.h"
 #include "scanner/scanner.h"
 #include "stop/pins.h"
@@ -18,11 +19,11 @@ int32_t statusCommand(bool json) {
   if (json) {
     nlohmann::json array = nlohmann::json::array();
     for (const auto& item : items) array.push_back(toJSON(item));
-    writeOut(encodeJSON(array) + "\n");
-    return 0;
+    platform::writeOut(encodeJSON(array) + "\n");
+    return ExitCode::done;
   }
-  writeOut(statusText(items, readPins(), Memory::pressure(), Memory::swapUsed(), seconds));
-  return 0;
+  platform::writeOut(statusText(items, readPins(), Memory::pressure(), Memory::swapUsed(), seconds));
+  return ExitCode::done;
 }
 
 }  // namespace corvane

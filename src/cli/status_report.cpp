@@ -4,7 +4,7 @@
 #include <cstdio>
 
 #include "snapshot/unicode.h"
-#include "snapshot/utf8.h"
+#include "base/utf8.h"
 
 namespace corvane {
 

@@ -3,10 +3,11 @@
 #include <vector>
 
 #include "cli/commands.h"
+#include "base/exit_codes.h"
 #include "cli/outcome_output.h"
-#include "cli/output.h"
-#include "cli/settled_scan.h"
-#include "cli/stop_rows.h"
+#include "platform/output.h"
+#include "scanner/settled_scan.h"
+#include "stop/stop_rows.h"
 #include "scanner/scanner.h"
 #include "stop/match.h"
 #include "stop/pins.h"
@@ -20,38 +21,33 @@ int32_t stopCommand(const std::string& target, bool yes, bool force, bool dryRun
   const Match matched = match(target, settledScan(scanner));
 
   if (matched.items.empty()) {
-    writeErr("Nothing running matches " + target + ". `corvane status` lists ids, ports and projects.\n");
-    if (json) writeOut("[]\n");
-    return 2;
+    platform::writeErr("Nothing running matches " + target + ". `corvane status` lists ids, ports and projects.\n");
+    if (json) platform::writeOut("[]\n");
+    return ExitCode::nothingToDo;
   }
 
   const Pins pins = readPins();
-  std::vector<Outcome> outcomes;
-  std::vector<Item> toStop;
-  for (const Item& item : matched.items) {
+  auto [outcomes, toStop] = splitByPolicy(matched.items, [&](const Item& item) {
     const bool pinned = isPinned(pins, item);
-    const auto refusal = matched.byIdOrPort ? whyNot(item, pinned, yes) : whyNot(item, pinned);
-    if (refusal)
-      outcomes.push_back(makeOutcome(item, Outcome::State::skipped, refusal));
-    else
-      toStop.push_back(item);
-  }
+    return matched.byIdOrPort ? whyNot(item, pinned, yes) : whyNot(item, pinned);
+  });
 
   if (dryRun) {
     for (const Item& item : toStop) outcomes.push_back(makeOutcome(item, Outcome::State::wouldStop));
   } else {
-    auto stopped = stopRows(toStop, scanner.startTimes(), force, "corvane stop", tools);
+    const StopMode mode = force ? StopMode::force : StopMode::polite;
+    auto stopped = stopRows(toStop, scanner.startTimes(), mode, "corvane stop", tools);
     outcomes.insert(outcomes.end(), stopped.begin(), stopped.end());
   }
 
-  writeOut(json ? outcomesJSON(outcomes) : outcomesText(outcomes));
+  platform::writeOut(json ? outcomesJSON(outcomes) : outcomesText(outcomes));
 
   // A single row refused for its pin or guard: "--yes" is what the user is missing. A row without a
   // stop method is refused too, but "--yes" would not help it.
   const bool needsYes = matched.byIdOrPort && toStop.empty() && matched.items.front().stop.has_value();
   if (needsYes) {
-    if (!json) writeOut("Pass --yes to stop it anyway.\n");
-    return 3;
+    if (!json) platform::writeOut("Pass --yes to stop it anyway.\n");
+    return ExitCode::needsYes;
   }
   return exitCode(outcomes);
 }

@@ -41,7 +41,7 @@ void addAgents(Detection& d, const std::vector<int32_t>& reserved) {
     d.claimed.erase(pid);
     const Proc& p = *d.proc(pid);
     d.add(Item::Kind::agent, "agent:" + std::to_string(pid), "agent:" + p.cwd, agentName(p).value_or(""), pid,
-          p.cwd, Stop::signal(), true);
+          p.cwd, Stop::signal(), Detection::Guard::guarded);
   }
 }
 

@@ -31,7 +31,7 @@ void addBundlers(Detection& d) {
     if (!name) continue;
     const int32_t root = d.launchRoot(*p);
     d.add(Item::Kind::bundler, "bundler:" + std::to_string(root), "bundler:" + p->cwd + ":" + *name, *name, root,
-          p->cwd, Stop::signal(), false);
+          p->cwd, Stop::signal(), Detection::Guard::none);
   }
 }
 

@@ -18,7 +18,7 @@ void addKotlinDaemons(Detection& d) {
     if (d.isClaimed(p->pid)) continue;
     if (std::find(p->args.begin(), p->args.end(), kotlinDaemonClass) == p->args.end()) continue;
     d.add(Item::Kind::kotlin, "kotlin:" + std::to_string(p->pid), "kotlin", "Kotlin daemon", p->pid, std::nullopt,
-          Stop::signal(), false);
+          Stop::signal(), Detection::Guard::none);
   }
 }
 
@@ -30,7 +30,7 @@ void addGradleDaemons(Detection& d) {
     // The daemon is handed its Gradle version right after its main class.
     const std::string version = mainClass + 1 == p->args.end() ? "" : " " + *(mainClass + 1);
     d.add(Item::Kind::gradle, "gradle:" + std::to_string(p->pid), "gradle" + version, "Gradle daemon" + version,
-          p->pid, std::nullopt, Stop::signal(), false);
+          p->pid, std::nullopt, Stop::signal(), Detection::Guard::none);
   }
 }
 

@@ -15,7 +15,7 @@ void addDatabases(Detection& d) {
     const Proc* parent = d.proc(p->ppid);
     if (parent && parent->name == p->name) continue;
     d.add(Item::Kind::database, "db:" + std::to_string(p->pid), "db:" + p->name, std::string(*title), p->pid,
-          std::nullopt, Stop::signal(), true);
+          std::nullopt, Stop::signal(), Detection::Guard::guarded);
   }
 }
 

@@ -87,7 +87,7 @@ Item Detection::owning(std::vector<int32_t> pids) {
 }
 
 void Detection::add(Item::Kind kind, std::string id, std::string key, std::string title, int32_t pid,
-                    std::optional<std::string> cwd, std::optional<Stop> stop, bool guarded) {
+                    std::optional<std::string> cwd, std::optional<Stop> stop, Guard guard) {
   Item item = owning(claim(pid));
   item.kind = kind;
   item.id = std::move(id);
@@ -95,7 +95,7 @@ void Detection::add(Item::Kind kind, std::string id, std::string key, std::strin
   item.title = std::move(title);
   item.cwd = std::move(cwd);
   item.stop = std::move(stop);
-  item.guarded = guarded;
+  item.guarded = guard == Guard::guarded;
   // A session started from the app of the same name says nothing new by naming it.
   if (item.startedBy == item.title) item.startedBy.reset();
   const bool showsPort =

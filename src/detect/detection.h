@@ -42,9 +42,13 @@ struct Detection {
   // The descendants that are not claimed, without claiming them; `pid` itself is not among them.
   std::vector<int32_t> unclaimedDescendants(int32_t pid) const;
 
+  // Whether the policy keeps a row from being stopped without "--yes" (databases, agents, Xcode's services
+  // while Xcode runs).
+  enum class Guard { none, guarded };
+
   // The common builder: claims `pid` with its tree and appends the row that owns them.
   void add(Item::Kind kind, std::string id, std::string key, std::string title, int32_t pid,
-           std::optional<std::string> cwd, std::optional<Stop> stop, bool guarded);
+           std::optional<std::string> cwd, std::optional<Stop> stop, Guard guard);
   // A row owning exactly `pids`: memory, CPU time, ports, inbound connections, start and launcher.
   Item owning(std::vector<int32_t> pids);
 

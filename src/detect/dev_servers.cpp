@@ -76,7 +76,7 @@ void addDevServers(Detection& d) {
     tree.insert(tree.begin(), root);
     const std::string name = serverName(d, tree, *p);
     d.add(Item::Kind::server, "server:" + std::to_string(root), "server:" + p->cwd + ":" + name, name, root, p->cwd,
-          Stop::signal(), false);
+          Stop::signal(), Detection::Guard::none);
   }
 }
 

@@ -19,7 +19,9 @@ constexpr std::array<std::string_view, 22> databaseImages = {
     "influxdb", "cockroach",     "minio",      "rabbitmq",  "kafka",   "redpanda",
 };
 
-std::optional<std::string_view> engineOwnName(const Proc& p) {
+}  // namespace
+
+std::optional<std::string_view> dockerEngineName(const Proc& p) {
   if (contains(p.path, "/OrbStack.app/")) return "OrbStack";
   if (contains(p.path, "/Docker.app/")) return "Docker Desktop";
   if (contains(p.path, "/docker-desktop/")) return "Docker Desktop";  // Docker Desktop for Linux
@@ -28,12 +30,14 @@ std::optional<std::string_view> engineOwnName(const Proc& p) {
   return std::nullopt;
 }
 
+namespace {
+
 std::optional<std::string_view> engineName(const Detection& d, const Proc& p) {
-  if (auto own = engineOwnName(p)) return own;
+  if (auto own = dockerEngineName(p)) return own;
   // The system's virtual machine host runs each engine's VM; the system holds the engine responsible for it.
   if (!contains(p.path, "com.apple.Virtualization.VirtualMachine") || !p.responsible) return std::nullopt;
   const Proc* engine = d.proc(*p.responsible);
-  return engine ? engineOwnName(*engine) : std::nullopt;
+  return engine ? dockerEngineName(*engine) : std::nullopt;
 }
 
 std::string lowercased(std::string text) {

@@ -25,8 +25,8 @@ void addEmulators(Detection& d) {
     const std::string& avd = *(flag + 1);
     std::string title = avd;
     std::replace(title.begin(), title.end(), '_', ' ');
-    d.add(Item::Kind::emulator, "avd:" + std::to_string(p->pid), "avd:" + avd, title, p->pid, std::nullopt,
-          Stop::emulator(consoleSerial(p->listening)), false);
+    d.add(Item::Kind::emulator, "avd:" + std::to_string(p->pid), avdKey(avd), title, p->pid, std::nullopt,
+          Stop::emulator(consoleSerial(p->listening)), Detection::Guard::none);
   }
 }
 

@@ -1,6 +1,6 @@
 #include "detect/item.h"
 
-#include "snapshot/json_fields.h"
+#include "base/json_fields.h"
 
 namespace corvane {
 
@@ -8,19 +8,31 @@ using nlohmann::json;
 
 namespace {
 
-constexpr std::array<std::string_view, 13> kindNames = {
-    "simulator", "simulatorApp", "emulator", "gradle", "kotlin", "xcode",  "bundler",
-    "docker",    "container",    "database", "tunnel", "server", "agent",
-};
+constexpr std::string_view avdPrefix = "avd:";
+
+constexpr bool inEnumerationOrder() {
+  for (size_t i = 0; i < kindNames.size(); ++i)
+    if (static_cast<size_t>(kindNames[i].kind) != i) return false;
+  return true;
+}
+// rawValue looks a kind up by its number.
+static_assert(inEnumerationOrder());
 
 }  // namespace
 
-std::string_view rawValue(Item::Kind kind) { return kindNames[static_cast<size_t>(kind)]; }
+std::string_view rawValue(Item::Kind kind) { return kindNames[static_cast<size_t>(kind)].name; }
 
 std::optional<Item::Kind> kindFromRawValue(std::string_view raw) {
-  for (size_t i = 0; i < kindNames.size(); ++i)
-    if (kindNames[i] == raw) return allKinds[i];
+  for (const auto& [kind, name] : kindNames)
+    if (name == raw) return kind;
   return std::nullopt;
+}
+
+std::string avdKey(std::string_view avdName) { return std::string(avdPrefix) + std::string(avdName); }
+
+std::optional<std::string> avdNameFromKey(std::string_view key) {
+  if (!key.starts_with(avdPrefix)) return std::nullopt;
+  return std::string(key.substr(avdPrefix.size()));
 }
 
 json toJSON(const Stop& stop) {

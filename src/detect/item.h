@@ -10,8 +10,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "snapshot/date.h"
-#include "snapshot/decoded.h"
+#include "base/date.h"
+#include "base/decoded.h"
 
 namespace corvane {
 
@@ -88,15 +88,35 @@ struct Item {
   bool operator==(const Item&) const = default;
 };
 
-inline constexpr std::array<Item::Kind, 13> allKinds = {
-    Item::Kind::simulator, Item::Kind::simulatorApp, Item::Kind::emulator, Item::Kind::gradle,
-    Item::Kind::kotlin,    Item::Kind::xcode,        Item::Kind::bundler,  Item::Kind::docker,
-    Item::Kind::container, Item::Kind::database,     Item::Kind::tunnel,   Item::Kind::server,
-    Item::Kind::agent,
+struct KindName {
+  Item::Kind kind;
+  std::string_view name;  // the raw value of the JSON forms
 };
+
+// Every kind with its name, in the order of the enumeration.
+inline constexpr std::array<KindName, 13> kindNames = {{
+    {Item::Kind::simulator, "simulator"}, {Item::Kind::simulatorApp, "simulatorApp"},
+    {Item::Kind::emulator, "emulator"},   {Item::Kind::gradle, "gradle"},
+    {Item::Kind::kotlin, "kotlin"},       {Item::Kind::xcode, "xcode"},
+    {Item::Kind::bundler, "bundler"},     {Item::Kind::docker, "docker"},
+    {Item::Kind::container, "container"}, {Item::Kind::database, "database"},
+    {Item::Kind::tunnel, "tunnel"},       {Item::Kind::server, "server"},
+    {Item::Kind::agent, "agent"},
+}};
+
+inline constexpr std::array<Item::Kind, kindNames.size()> allKinds = [] {
+  std::array<Item::Kind, kindNames.size()> kinds{};
+  for (size_t i = 0; i < kinds.size(); ++i) kinds[i] = kindNames[i].kind;
+  return kinds;
+}();
 
 std::string_view rawValue(Item::Kind kind);
 std::optional<Item::Kind> kindFromRawValue(std::string_view raw);
+
+// An emulator row's key is "avd:" and the name of its virtual device, the name that relaunches it.
+std::string avdKey(std::string_view avdName);
+// The virtual device's name in an emulator row's key; absent for any other key.
+std::optional<std::string> avdNameFromKey(std::string_view key);
 
 // One running Docker container as `docker ps` and `docker stats` describe it.
 struct Container {

@@ -1,6 +1,7 @@
 // Booted iOS simulator devices (Xcode's preview devices among them) and the Simulator application.
 #include <string>
 
+#include "base/uuid_shape.h"
 #include "detect/classifiers.h"
 #include "detect/pipeline.h"
 #include "detect/text.h"
@@ -9,18 +10,10 @@ namespace corvane {
 
 namespace {
 
-bool isUpperHex(char c) { return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F'); }
-
 // An upper-case UUID between two slashes at `at`, the first slash included.
 bool udidAt(std::string_view text, size_t at) {
-  constexpr std::string_view shape = "/XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX/";
-  if (text.size() - at < shape.size()) return false;
-  for (size_t i = 0; i < shape.size(); ++i) {
-    const char want = shape[i];
-    const char c = text[at + i];
-    if (want == 'X' ? !isUpperHex(c) : c != want) return false;
-  }
-  return true;
+  if (text.size() - at < 38 || text[at] != '/' || text[at + 37] != '/') return false;
+  return isUUIDShape(text.substr(at + 1, 36), HexLetters::upperCase);
 }
 
 }  // namespace
@@ -42,7 +35,7 @@ void addSimulators(Detection& d) {
     const std::string name = known == d.world.simulators.end() ? "Simulator" : known->second;
     const std::string title = previews ? "Xcode Previews · " + name : name;
     d.add(Item::Kind::simulator, "sim:" + *udid, "sim:" + *udid, title, p->pid, std::nullopt,
-          Stop::simulator(*udid, previews), false);
+          Stop::simulator(*udid, previews), Detection::Guard::none);
   }
 }
 
@@ -50,7 +43,7 @@ void addSimulatorApps(Detection& d) {
   for (const Proc* p : d.all) {
     if (!p->path.ends_with("/Simulator.app/Contents/MacOS/Simulator")) continue;
     d.add(Item::Kind::simulatorApp, "simapp:" + std::to_string(p->pid), "simulator-app", "Simulator app", p->pid,
-          std::nullopt, Stop::signal(), false);
+          std::nullopt, Stop::signal(), Detection::Guard::none);
   }
 }
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "detect/item.h"
-#include "snapshot/date.h"
+#include "base/date.h"
 
 namespace corvane {
 

@@ -31,7 +31,7 @@ void addTunnels(Detection& d) {
     if (!title) continue;
     // Keyed by the whole command line: the same forward restarted is the same row.
     d.add(Item::Kind::tunnel, "tunnel:" + std::to_string(p->pid), "tunnel:" + joinArgs(p->args, joined),
-          std::move(*title), p->pid, p->cwd, Stop::signal(), false);
+          std::move(*title), p->pid, p->cwd, Stop::signal(), Detection::Guard::none);
   }
 }
 

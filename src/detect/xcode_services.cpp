@@ -25,11 +25,11 @@ void addXcodeServices(Detection& d) {
     if (!d.isClaimed(p->pid) && contains(xcodeServices, p->name)) services.push_back(p);
   }
   // Xcode starts its services again at once while it runs, so stopping them then needs care.
-  const bool guarded = xcodeRuns;
+  const Detection::Guard guard = xcodeRuns ? Detection::Guard::guarded : Detection::Guard::none;
   for (const Proc* p : services) {
     if (d.isClaimed(p->pid)) continue;
     d.add(Item::Kind::xcode, "xcode:" + std::to_string(p->pid), "xcode:" + p->name, p->name, p->pid, std::nullopt,
-          Stop::signal(), guarded);
+          Stop::signal(), guard);
   }
 }
 

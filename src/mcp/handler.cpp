@@ -11,6 +11,13 @@ namespace {
 constexpr std::array<const char*, 4> handshakeVersions = {"2025-11-25", "2025-06-18", "2025-03-26", "2024-11-05"};
 constexpr std::array<const char*, 5> allVersions = {"2026-07-28", "2025-11-25", "2025-06-18", "2025-03-26",
                                                     "2024-11-05"};
+// JSON-RPC's error codes, and the protocol's own for a version it doesn't speak.
+constexpr int parseError = -32700;
+constexpr int invalidRequest = -32600;
+constexpr int methodNotFound = -32601;
+constexpr int invalidParams = -32602;
+constexpr int unsupportedVersion = -32022;
+
 constexpr const char* fallbackVersion = "2025-11-25";
 constexpr const char* versionKey = "io.modelcontextprotocol/protocolVersion";
 
@@ -78,18 +85,19 @@ std::optional<std::string> handle(std::string_view line, const std::string& vers
   };
   // The reader takes a NUL byte for the end of its input and would answer the text before it; JSON has
   // no place for a raw NUL, so a line holding one does not parse.
-  if (line.find('\0') != std::string_view::npos) return errorReply(-32700, "Parse error", nullptr);
+  if (line.find('\0') != std::string_view::npos) return errorReply(parseError, "Parse error", nullptr);
   json request = json::parse(line.begin(), line.end(), watchDepth, false);
   if (request.is_discarded() || tooDeep || !(request.is_object() || request.is_array()))
-    return errorReply(-32700, "Parse error", nullptr);
-  if (!request.is_object()) return errorReply(-32600, "Invalid request", nullptr);
+    return errorReply(parseError, "Parse error", nullptr);
+  if (!request.is_object()) return errorReply(invalidRequest, "Invalid request", nullptr);
 
   auto idMember = request.find("id");
   if (idMember == request.end() || idMember->is_null()) return std::nullopt;
   const json id = *idMember;
 
   auto methodMember = request.find("method");
-  if (methodMember == request.end() || !methodMember->is_string()) return errorReply(-32600, "Invalid request", id);
+  if (methodMember == request.end() || !methodMember->is_string())
+    return errorReply(invalidRequest, "Invalid request", id);
   const std::string method = methodMember->get<std::string>();
 
   json params = json::object();
@@ -100,7 +108,7 @@ std::optional<std::string> handle(std::string_view line, const std::string& vers
     if (auto requested = meta->find(versionKey); requested != meta->end() && requested->is_string()) {
       std::string asked = requested->get<std::string>();
       if (!listed(allVersions, asked))
-        return errorReply(-32022, "Unsupported protocol version", id,
+        return errorReply(unsupportedVersion, "Unsupported protocol version", id,
                           {{"supported", versionArray()}, {"requested", asked}});
       versioned = true;
     }
@@ -123,13 +131,13 @@ std::optional<std::string> handle(std::string_view line, const std::string& vers
   } else if (method == "tools/call") {
     std::string name;
     if (auto n = params.find("name"); n != params.end() && n->is_string()) name = n->get<std::string>();
-    if (!isTool(name)) return errorReply(-32602, "Unknown tool: " + name, id);
+    if (!isTool(name)) return errorReply(invalidParams, "Unknown tool: " + name, id);
     json arguments = json::object();
     if (auto a = params.find("arguments"); a != params.end() && a->is_object()) arguments = *a;
     auto call = parse(name, arguments);
     result = toolResult(call ? run(*call) : Reply{"Invalid arguments for " + name + "; see its inputSchema.", true});
   } else {
-    return errorReply(-32601, "Method not found: " + method, id);
+    return errorReply(methodNotFound, "Method not found: " + method, id);
   }
 
   if (versioned || method == "server/discover") {

@@ -1,6 +1,6 @@
 #include "mcp/rows.h"
 
-#include "snapshot/json_text.h"
+#include "base/json_text.h"
 #include "stop/pins.h"
 #include "stop/policy.h"
 
@@ -14,10 +14,6 @@ std::vector<Row> rowsFor(const std::vector<Item>& items, const std::map<std::str
   rows.reserve(items.size());
   for (const auto& item : items) rows.push_back({item, refusal(item, isPinned(pins, item), agentPID)});
   return rows;
-}
-
-bool isQuiet(const Item& item) {
-  return item.idleSince || (!item.building && item.cpu < 0.05 && item.inbound == 0);
 }
 
 std::string listRunningText(const std::vector<Row>& rows, Pressure pressure) {

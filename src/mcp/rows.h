@@ -25,7 +25,4 @@ std::vector<Row> rowsFor(const std::vector<Item>& items, const std::map<std::str
 // The list_running text: compact JSON with snake-case keys.
 std::string listRunningText(const std::vector<Row>& rows, Pressure pressure);
 
-// Idle enough for free_memory to plan: idle for a while, or quiet now.
-bool isQuiet(const Item& item);
-
 }  // namespace corvane::MCP

@@ -6,7 +6,8 @@
 #include <thread>
 #include <unistd.h>
 
-#include "cli/output.h"
+#include "platform/output.h"
+#include "base/exit_codes.h"
 #include "mcp/caller.h"
 #include "mcp/handler.h"
 #include "platform/defaults.h"
@@ -30,16 +31,16 @@ int32_t serve() {
 
   const std::string label = callerLabel(agent);
   const std::string version = platform::serverVersion();
-  Runner runner = [&](const Call& call) { return run(call, *scanner.get(), agentPID, label); };
+  Runner runner = [&](const Call& call) { return callTool(call, *scanner.get(), agentPID, label); };
 
   std::string line;
   while (std::getline(std::cin, line)) {
     if (!line.empty() && line.back() == '\r') line.pop_back();
     if (line.empty()) continue;
-    if (auto reply = handle(line, version, runner)) writeOut(*reply + "\n");
+    if (auto reply = handle(line, version, runner)) platform::writeOut(*reply + "\n");
   }
   platform::closeDefaults();
-  return 0;
+  return ExitCode::done;
 }
 
 }  // namespace corvane::MCP

@@ -16,6 +16,6 @@ namespace corvane::MCP {
 int32_t serve();
 
 // What one tool call does, with the server's scanner and the calling agent.
-Reply run(const Call& call, Scanner& scanner, std::optional<int32_t> agentPID, const std::string& label);
+Reply callTool(const Call& call, Scanner& scanner, std::optional<int32_t> agentPID, const std::string& label);
 
 }  // namespace corvane::MCP

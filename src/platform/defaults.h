@@ -7,7 +7,7 @@
 #include <string>
 #include <variant>
 
-#include "snapshot/date.h"
+#include "base/date.h"
 
 namespace corvane::platform {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "snapshot/date.h"
+#include "base/date.h"
 
 namespace corvane::platform {
 

@@ -23,6 +23,10 @@ PlistTree parsePlistDictionary(std::string_view bytes);
 // The text of a string node; absent for any other node.
 std::optional<std::string> plistString(plist_t node);
 
+// The string under `key` of the dictionary at the top of a property-list file (device.plist, Info.plist);
+// absent on any failure.
+std::optional<std::string> plistStringValue(const std::string& path, const std::string& key);
+
 // True when writing `root` as XML and reading that back gives exactly the same values. It does not
 // for fractions of a second in dates and for UIDs.
 bool plistSurvivesXML(plist_t root);

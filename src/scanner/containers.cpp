@@ -4,7 +4,7 @@
 
 #include "scanner/json_lines.h"
 #include "scanner/memory_size.h"
-#include "scanner/tools.h"
+#include "tools/tools.h"
 
 namespace corvane {
 

@@ -4,6 +4,7 @@
 #include <system_error>
 #include <thread>
 
+#include "detect/classifiers.h"
 #include "detect/pipeline.h"
 #include "platform/docker_socket.h"
 #include "platform/paths.h"
@@ -15,16 +16,11 @@ namespace {
 
 constexpr double containerRefreshSeconds = 10;
 
-bool contains(const std::string& text, const char* part) { return text.find(part) != std::string::npos; }
-
 }  // namespace
 
 bool dockerEngineRunning(const Snapshot& snapshot) {
-  for (const auto& p : snapshot.procs) {
-    if (contains(p.path, "/OrbStack.app/") || contains(p.path, "/Docker.app/") ||
-        contains(p.path, "/docker-desktop/") || p.name == "limactl" || p.name == "colima" || p.name == "dockerd")
-      return true;
-  }
+  for (const auto& p : snapshot.procs)
+    if (dockerEngineName(p)) return true;
   return platform::dockerSocketExists();
 }
 

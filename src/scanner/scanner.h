@@ -10,7 +10,7 @@
 
 #include "detect/item.h"
 #include "detect/tracker.h"
-#include "scanner/tools.h"
+#include "tools/tools.h"
 #include "snapshot/reader.h"
 
 namespace corvane {

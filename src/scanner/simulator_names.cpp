@@ -1,6 +1,6 @@
 #include "scanner/simulator_names.h"
 
-#include "scanner/plist_file.h"
+#include "platform/property_list.h"
 
 namespace corvane {
 
@@ -8,7 +8,7 @@ std::optional<std::string> simulatorName(const std::string& path, const std::str
   const std::string marker = "/" + udid + "/";
   const size_t at = path.find(marker);
   if (at == std::string::npos) return std::nullopt;
-  return plistStringValue(path.substr(0, at + marker.size()) + "device.plist", "name");
+  return platform::plistStringValue(path.substr(0, at + marker.size()) + "device.plist", "name");
 }
 
 }  // namespace corvane

@@ -1,9 +1,9 @@
 #include "snapshot/proc.h"
 
 #include <fstream>
-#include <sstream>
 
-#include "snapshot/json_fields.h"
+#include "platform/files.h"
+#include "base/json_fields.h"
 
 namespace corvane {
 
@@ -78,11 +78,9 @@ Decoded<Snapshot> decodeSnapshot(const json& j) {
 }
 
 Decoded<Snapshot> readSnapshotFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return Decoded<Snapshot>::failure("Can't read " + path + ".");
-  std::stringstream buffer;
-  buffer << in.rdbuf();
-  json j = json::parse(buffer.str(), nullptr, false);
+  const auto bytes = platform::readFile(path);
+  if (!bytes) return Decoded<Snapshot>::failure("Can't read " + path + ".");
+  json j = json::parse(*bytes, nullptr, false);
   if (j.is_discarded()) return Decoded<Snapshot>::failure(path + " is not valid JSON.");
   return decodeSnapshot(j);
 }

@@ -8,8 +8,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "snapshot/date.h"
-#include "snapshot/decoded.h"
+#include "base/date.h"
+#include "base/decoded.h"
 
 namespace corvane {
 

@@ -7,7 +7,7 @@
 #include <unordered_set>
 
 #include "platform/process_table.h"
-#include "snapshot/utf8.h"
+#include "base/utf8.h"
 
 namespace corvane {
 

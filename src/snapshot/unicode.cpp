@@ -4,7 +4,7 @@
 
 #include <utf8proc.h>
 
-#include "snapshot/utf8.h"
+#include "base/utf8.h"
 
 namespace corvane {
 

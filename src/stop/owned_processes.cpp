@@ -20,6 +20,22 @@ bool inSystemLocation(const std::string& path) {
 
 }  // namespace
 
+Owned ownedProcesses(const Item& item, const StartTimes& started) {
+  Owned owned;
+  size_t gone = 0;
+  for (int32_t pid : item.pids) {
+    const auto recorded = started.find(pid);
+    if (recorded == started.end()) continue;
+    const platform::ScannedProcess process{pid, recorded->second};
+    if (platform::processGone(process))
+      ++gone;
+    else if (mayStop(pid))
+      owned.processes.push_back(process);
+  }
+  owned.allGone = !item.pids.empty() && gone == item.pids.size();
+  return owned;
+}
+
 bool mayStop(int32_t pid) {
   if (pid < 2 || pid == platform::ownPid() || pid == platform::parentPid()) return false;
   const auto owner = platform::processOwner(pid);

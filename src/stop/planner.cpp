@@ -12,6 +12,17 @@ bool isAlwaysFreeable(Item::Kind kind) {
 
 }  // namespace
 
+bool isQuiet(const Item& item) {
+  return item.idleSince || (!item.building && item.cpu < quietCores && item.inbound == 0);
+}
+
+std::vector<Item> freeCandidates(const std::vector<Item>& items, const Refusal& refusal) {
+  std::vector<Item> candidates;
+  for (const Item& item : items)
+    if (!refusal(item) && isQuiet(item)) candidates.push_back(item);
+  return candidates;
+}
+
 std::vector<Item> planFree(const std::vector<Item>& candidates, uint64_t target) {
   std::vector<Item> kept;
   for (const Item& item : candidates)

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "detect/item.h"
+#include "stop/policy.h"
 
 namespace corvane {
 
@@ -13,6 +14,16 @@ inline constexpr std::array<Item::Kind, 6> alwaysFreeable = {
     Item::Kind::simulator, Item::Kind::simulatorApp, Item::Kind::emulator,
     Item::Kind::gradle,    Item::Kind::kotlin,       Item::Kind::xcode,
 };
+
+// Below this many cores of recent CPU use, a row that nobody connects to counts as quiet.
+inline constexpr double quietCores = 0.05;
+
+// Idle enough to plan for: idle for a while, or quiet now (not building, under `quietCores`, no inbound
+// connection).
+bool isQuiet(const Item& item);
+
+// The rows `free` and the free_memory tool may plan with, in scan order: those `refusal` allows, and quiet.
+std::vector<Item> freeCandidates(const std::vector<Item>& items, const Refusal& refusal);
 
 // From candidates the caller already found stoppable and quiet (in scan order): the counted rows that are
 // idle or of an always-freeable kind, idle first and biggest first, taken while the running total is below

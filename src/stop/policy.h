@@ -3,12 +3,17 @@
 // picked: by id or port (the user can insist with "--yes"), by project or by `free` (never forced), and
 // by a coding agent (also kept off rows that another agent started).
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
 #include "detect/item.h"
 
 namespace corvane {
+
+// Why a rule refuses a row, absent when it may be stopped: one of the rules below bound to its caller's
+// pins, "--yes" or agent.
+using Refusal = std::function<std::optional<std::string>(const Item&)>;
 
 // A row picked by its id or one of its ports. "--yes" overrides pins and guards, never a missing stop method,
 // and a build picked this way is stopped.

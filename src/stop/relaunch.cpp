@@ -1,6 +1,6 @@
 // The undo of a logged stop: boot the simulator, relaunch the emulator, start the containers again.
 #include "activity/undo.h"
-#include "scanner/tools.h"
+#include "tools/tools.h"
 
 namespace corvane {
 

@@ -12,29 +12,6 @@ constexpr double adbTimeout = 5;
 
 using platform::ScannedProcess;
 
-// The row's processes that may be signalled, as the scan saw them. A pid the scan did not record is
-// never touched; one whose process has ended (its pid perhaps given to another) is gone.
-struct Owned {
-  std::vector<ScannedProcess> processes;
-  bool allGone = false;  // the row had processes and every one has ended
-};
-
-Owned ownedProcesses(const Item& item, const StartTimes& started) {
-  Owned owned;
-  size_t gone = 0;
-  for (int32_t pid : item.pids) {
-    const auto recorded = started.find(pid);
-    if (recorded == started.end()) continue;
-    const ScannedProcess process{pid, recorded->second};
-    if (platform::processGone(process))
-      ++gone;
-    else if (mayStop(pid))
-      owned.processes.push_back(process);
-  }
-  owned.allGone = !item.pids.empty() && gone == item.pids.size();
-  return owned;
-}
-
 bool succeeded(const std::optional<Tools::Output>& output) { return output && output->status == 0; }
 
 Result waitFor(const Owned& owned, double wait) {
@@ -84,7 +61,8 @@ Result shutDownSimulator(const Item& item, const Stop::Simulator& simulator, con
 Result stopEmulator(const Stop::Emulator& emulator, const Owned& owned, const Tools& tools,
                     double wait) {
   const std::string* adb = tools.path("adb");
-  const bool asked = adb && emulator.serial && succeeded(run(*adb, {"-s", *emulator.serial, "emu", "kill"}, adbTimeout));
+  const bool asked =
+      adb && emulator.serial && succeeded(run(*adb, {"-s", *emulator.serial, "emu", "kill"}, adbTimeout));
   if (!asked) signalAll(owned, platform::StopSignal::terminate);
   return waitFor(owned, wait);
 }

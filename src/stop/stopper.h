@@ -9,7 +9,7 @@
 
 #include "detect/item.h"
 #include "platform/process_table.h"
-#include "scanner/tools.h"
+#include "tools/tools.h"
 #include "snapshot/proc.h"
 
 namespace corvane::Stopper {
@@ -36,6 +36,15 @@ struct Result {
 // names another process by now (its process ended and the pid was reused) counts as gone. A row
 // whose processes are all gone that way is stopped.
 Result stop(const Item& item, const StartTimes& started, const Tools& tools, bool force, double wait);
+
+// The row's processes that may be signalled, as the scan saw them. A pid the scan did not record is
+// never touched; one whose process has ended (its pid perhaps given to another) is gone.
+struct Owned {
+  std::vector<platform::ScannedProcess> processes;
+  bool allGone = false;  // the row had processes and every one has ended
+};
+
+Owned ownedProcesses(const Item& item, const StartTimes& started);
 
 // A process this program may signal: pid 2 or above, neither this program nor its parent, the real
 // user's own, with a readable executable outside the system's locations.

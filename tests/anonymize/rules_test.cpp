@@ -12,7 +12,9 @@ namespace {
 class RulesTest : public testing::Test {
  protected:
   static std::string h(std::string_view name) { return saltedHash("s", name); }
-  std::string path(std::string_view p, bool keepLast = false) { return rewritePath(state, p, keepLast); }
+  std::string path(std::string_view p, bool keepLast = false) {
+    return rewritePath(state, p, keepLast ? LastComponent::kept : LastComponent::rewritten);
+  }
   std::string component(std::string_view c) { return rewriteComponent(state, c); }
   std::string arg(std::string_view a) { return rewriteArgument(state, a); }
 

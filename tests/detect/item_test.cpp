@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "snapshot/json_text.h"
+#include "base/json_text.h"
 
 namespace corvane {
 namespace {

@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include "activity/activity_log.h"
-#include "snapshot/json_text.h"
+#include "base/json_text.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static const std::string file = std::string(std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "/tmp") +

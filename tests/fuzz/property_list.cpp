@@ -9,7 +9,7 @@
 
 #include "platform/defaults.h"
 #include "platform/property_list.h"
-#include "scanner/plist_file.h"
+#include "platform/property_list.h"
 
 namespace {
 
@@ -48,6 +48,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const corvane::platform::DefaultsStore store(file);
   store.readDictionary("pins");
   store.readDictionary("toolMisses");
-  corvane::plistStringValue(file, "name");
+  corvane::platform::plistStringValue(file, "name");
   return 0;
 }

@@ -3,6 +3,7 @@
 
 #include "mcp/caller.h"
 #include "mcp/rows.h"
+#include "stop/planner.h"
 
 namespace corvane::MCP {
 namespace {

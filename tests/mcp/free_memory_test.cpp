@@ -46,7 +46,7 @@ TEST(FreeMemoryTest, NeverPlansAnApplication) {
   call.kind = Call::Kind::freeMemory;
   call.gb = 100;
   call.dryRun = true;
-  const Reply plan = run(call, scanner, 4242, "Claude Code via MCP");
+  const Reply plan = callTool(call, scanner, 4242, "Claude Code via MCP");
   EXPECT_EQ(plan.text, "Would stop Python :8000 (0.0 GB).");
   EXPECT_FALSE(plan.isError);
 }

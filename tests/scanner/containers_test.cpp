@@ -3,7 +3,7 @@
 #include "scanner/containers.h"
 #include "scanner/json_lines.h"
 #include "scanner/memory_size.h"
-#include "scanner/tools.h"
+#include "tools/tools.h"
 #include "support/fake_programs.h"
 #include "support/run_program.h"
 

@@ -17,7 +17,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 timespec timeUntil(Clock::time_point deadline) {
-  const auto left = std::clamp<Clock::duration>(deadline - Clock::now(), Clock::duration::zero(), std::chrono::seconds(60));
+  const auto left =
+      std::clamp<Clock::duration>(deadline - Clock::now(), Clock::duration::zero(), std::chrono::seconds(60));
   const auto seconds = std::chrono::floor<std::chrono::seconds>(left);
   timespec value{};
   value.tv_sec = static_cast<time_t>(seconds.count());

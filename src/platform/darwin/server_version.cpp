@@ -3,7 +3,7 @@
 #include "platform/server_version.h"
 
 #include "platform/paths.h"
-#include "scanner/plist_file.h"
+#include "platform/property_list.h"
 
 namespace corvane::platform {
 

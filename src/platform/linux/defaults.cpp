@@ -4,16 +4,11 @@
 #include "platform/defaults.h"
 #include "platform/posix/defaults_writes.h"
 
-#include <cerrno>
-#include <cstdio>
 #include <cstdlib>
-#include <fcntl.h>
-#include <filesystem>
 #include <limits>
 #include <utility>
-#include <sys/stat.h>
-#include <unistd.h>
 
+#include "platform/files.h"
 #include "platform/paths.h"
 #include "platform/property_list.h"
 
@@ -21,40 +16,16 @@ namespace corvane::platform {
 
 namespace {
 
-// Seconds between 1970-01-01 and 2001-01-01, the epoch of property-list dates.
-constexpr int64_t referenceEpoch = 978307200;
-
-enum class FileState { missing, unreadable, read };
-
-FileState readWholeFile(const std::string& path, std::string& contents) {
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return errno == ENOENT ? FileState::missing : FileState::unreadable;
-  char buffer[16384];
-  FileState state = FileState::read;
-  for (;;) {
-    const ssize_t n = read(fd, buffer, sizeof buffer);
-    if (n == 0) break;
-    if (n < 0) {
-      if (errno == EINTR) continue;
-      state = FileState::unreadable;
-      break;
-    }
-    contents.append(buffer, static_cast<size_t>(n));
-  }
-  close(fd);
-  return state;
-}
-
 Date dateFromNode(plist_t node) {
   int32_t seconds = 0;
   int32_t micros = 0;
   plist_get_date_val(node, &seconds, &micros);
-  return Date(std::chrono::seconds(referenceEpoch + seconds) + std::chrono::microseconds(micros));
+  return Date(std::chrono::seconds(referenceDateSince1970 + seconds) + std::chrono::microseconds(micros));
 }
 
 plist_t nodeFromDate(Date date) {
   using namespace std::chrono;
-  const auto sinceReference = date.time_since_epoch() - duration_cast<microseconds>(seconds(referenceEpoch));
+  const auto sinceReference = date.time_since_epoch() - duration_cast<microseconds>(seconds(referenceDateSince1970));
   auto whole = floor<seconds>(sinceReference);
   auto micros = duration_cast<microseconds>(sinceReference - whole).count();
   int64_t secs = whole.count();
@@ -111,34 +82,6 @@ plist_t nodeFromDictionary(const DefaultsDictionary& dictionary) {
   return dict;
 }
 
-bool writeAll(int fd, const char* data, size_t size) {
-  while (size > 0) {
-    const ssize_t n = write(fd, data, size);
-    if (n < 0) {
-      if (errno == EINTR) continue;
-      return false;
-    }
-    data += n;
-    size -= static_cast<size_t>(n);
-  }
-  return true;
-}
-
-bool replaceFileAtomically(const std::string& path, const char* data, size_t size) {
-  std::error_code ignored;
-  std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
-  std::string temporary = path + ".XXXXXX";
-  const int fd = mkostemp(temporary.data(), O_CLOEXEC);
-  if (fd < 0) return false;
-  const bool written = writeAll(fd, data, size) && fsync(fd) == 0;
-  const bool closed = close(fd) == 0;
-  if (!written || !closed || rename(temporary.c_str(), path.c_str()) != 0) {
-    unlink(temporary.c_str());
-    return false;
-  }
-  return true;
-}
-
 }  // namespace
 
 DefaultsStore DefaultsStore::appSuite() {
@@ -148,9 +91,9 @@ DefaultsStore DefaultsStore::appSuite() {
 }
 
 std::optional<DefaultsDictionary> DefaultsStore::readDictionary(const std::string& key) const {
-  std::string contents;
-  if (readWholeFile(file_, contents) != FileState::read) return std::nullopt;
-  const PlistTree root = parsePlistDictionary(contents);
+  const auto contents = readFile(file_);
+  if (!contents) return std::nullopt;
+  const PlistTree root = parsePlistDictionary(*contents);
   if (!root) return std::nullopt;
   plist_t node = plist_dict_get_item(root.get(), key.c_str());
   if (!node || plist_get_node_type(node) != PLIST_DICT) return std::nullopt;
@@ -160,16 +103,16 @@ std::optional<DefaultsDictionary> DefaultsStore::readDictionary(const std::strin
 bool DefaultsStore::writeDictionary(const std::string& key, const DefaultsDictionary& dictionary) const {
   const auto lock = os::defaultsWriteLock();
   if (!lock.owns_lock()) return false;
-  std::string contents;
+  const FileContents contents = readWholeFile(file_);
   PlistTree root;
-  switch (readWholeFile(file_, contents)) {
+  switch (contents.state) {
     case FileState::unreadable:
       return false;
     case FileState::missing:
       root.reset(plist_new_dict());
       break;
     case FileState::read:
-      root = contents.empty() ? PlistTree(plist_new_dict()) : parsePlistDictionary(contents);
+      root = contents.bytes.empty() ? PlistTree(plist_new_dict()) : parsePlistDictionary(contents.bytes);
       // Written back as XML, every key of the desktop app must come out as it went in; when one
       // would not, the suite is left alone.
       if (!root) return false;
@@ -182,7 +125,7 @@ bool DefaultsStore::writeDictionary(const std::string& key, const DefaultsDictio
   uint32_t length = 0;
   plist_to_xml(root.get(), &xml, &length);
   if (!xml) return false;
-  const bool replaced = replaceFileAtomically(file_, xml, length);
+  const bool replaced = replaceFileAtomically(file_, std::string_view(xml, length), FileAccess::ownerOnly);
   plist_to_xml_free(xml);
   return replaced;
 }

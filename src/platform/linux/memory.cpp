@@ -1,10 +1,10 @@
 #include "platform/memory.h"
 
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 #include <string>
 
+#include "base/lines.h"
+#include "platform/files.h"
 #include "platform/linux/meminfo.h"
 
 namespace corvane::platform {
@@ -14,11 +14,7 @@ namespace linux_proc {
 namespace {
 
 std::optional<double> psiAvg10(std::string_view text, std::string_view prefix) {
-  size_t pos = 0;
-  while (pos < text.size()) {
-    size_t end = text.find('\n', pos);
-    if (end == std::string_view::npos) end = text.size();
-    std::string_view line = text.substr(pos, end - pos);
+  for (const std::string_view line : splitLines(text)) {
     if (line.substr(0, prefix.size()) == prefix) {
       auto at = line.find("avg10=");
       if (at == std::string_view::npos) return std::nullopt;
@@ -28,18 +24,12 @@ std::optional<double> psiAvg10(std::string_view text, std::string_view prefix) {
       if (stop == number.c_str()) return std::nullopt;
       return value;
     }
-    pos = end + 1;
   }
   return std::nullopt;
 }
 
-std::string readFile(const char* path) {
-  std::ifstream in(path);
-  if (!in) return {};
-  std::stringstream buffer;
-  buffer << in.rdbuf();
-  return buffer.str();
-}
+// A /proc file, empty when it can't be read (no pressure file before Linux 4.20).
+std::string procFile(const char* path) { return readFile(path).value_or(std::string()); }
 
 }  // namespace
 
@@ -53,11 +43,7 @@ std::optional<int> levelFromPSI(std::string_view text) {
 }
 
 std::optional<uint64_t> meminfoValue(std::string_view text, std::string_view key) {
-  size_t pos = 0;
-  while (pos < text.size()) {
-    size_t end = text.find('\n', pos);
-    if (end == std::string_view::npos) end = text.size();
-    std::string_view line = text.substr(pos, end - pos);
+  for (const std::string_view line : splitLines(text)) {
     if (line.size() > key.size() && line.substr(0, key.size()) == key && line[key.size()] == ':') {
       std::string rest(line.substr(key.size() + 1));
       char* stop = nullptr;
@@ -65,7 +51,6 @@ std::optional<uint64_t> meminfoValue(std::string_view text, std::string_view key
       if (stop == rest.c_str()) return std::nullopt;
       return value;
     }
-    pos = end + 1;
   }
   return std::nullopt;
 }
@@ -90,11 +75,11 @@ uint64_t swapUsedFromMeminfo(std::string_view text) {
 }  // namespace linux_proc
 
 int memoryPressureLevel() {
-  if (auto level = linux_proc::levelFromPSI(linux_proc::readFile("/proc/pressure/memory"))) return *level;
-  if (auto level = linux_proc::levelFromMeminfo(linux_proc::readFile("/proc/meminfo"))) return *level;
+  if (auto level = linux_proc::levelFromPSI(linux_proc::procFile("/proc/pressure/memory"))) return *level;
+  if (auto level = linux_proc::levelFromMeminfo(linux_proc::procFile("/proc/meminfo"))) return *level;
   return 1;
 }
 
-uint64_t swapUsedBytes() { return linux_proc::swapUsedFromMeminfo(linux_proc::readFile("/proc/meminfo")); }
+uint64_t swapUsedBytes() { return linux_proc::swapUsedFromMeminfo(linux_proc::procFile("/proc/meminfo")); }
 
 }  // namespace corvane::platform

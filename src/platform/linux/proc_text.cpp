@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+#include "base/lines.h"
+
 namespace corvane::platform::linux_proc {
 
 namespace {
@@ -29,16 +31,7 @@ std::optional<StatFields> parseStat(std::string_view text) {
   if (close == std::string_view::npos) return std::nullopt;
   // Fields after the name: index 0 is field 3 (state), so field n sits at index n - 3.
   std::string_view fields[20];
-  size_t count = 0;
-  size_t at = close + 1;
-  while (count < 20) {
-    at = text.find_first_not_of(" \n", at);
-    if (at == std::string_view::npos) break;
-    size_t end = text.find_first_of(" \n", at);
-    if (end == std::string_view::npos) end = text.size();
-    fields[count++] = text.substr(at, end - at);
-    at = end;
-  }
+  const size_t count = splitFields(text.substr(close + 1), " \n", fields);
   if (count < 20 || fields[0].size() != 1) return std::nullopt;
   StatFields stat;
   stat.state = fields[0][0];
@@ -56,12 +49,7 @@ std::optional<StatFields> parseStat(std::string_view text) {
 
 StatusFields parseStatus(std::string_view text) {
   StatusFields status;
-  size_t at = 0;
-  while (at < text.size()) {
-    size_t end = text.find('\n', at);
-    if (end == std::string_view::npos) end = text.size();
-    const std::string_view line = text.substr(at, end - at);
-    at = end + 1;
+  for (const std::string_view line : splitLines(text)) {
     const size_t colon = line.find(':');
     if (colon == std::string_view::npos) continue;
     const std::string_view key = line.substr(0, colon);
@@ -112,14 +100,8 @@ std::optional<uint64_t> socketInode(std::string_view link) {
 }
 
 std::optional<int64_t> bootTime(std::string_view procStat) {
-  size_t at = 0;
-  while (at < procStat.size()) {
-    size_t end = procStat.find('\n', at);
-    if (end == std::string_view::npos) end = procStat.size();
-    const std::string_view line = procStat.substr(at, end - at);
+  for (const std::string_view line : splitLines(procStat))
     if (line.substr(0, 6) == "btime ") return number<int64_t>(skipBlanks(line.substr(6)));
-    at = end + 1;
-  }
   return std::nullopt;
 }
 

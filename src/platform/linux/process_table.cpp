@@ -118,7 +118,8 @@ struct ProcessTable::State {
   // the very file the kernel runs; a command name of 15 bytes may be cut short and is not trusted.
   std::string startedAs(int32_t pid, std::string exe) {
     const size_t slash = exe.rfind('/');
-    if (comm.empty() || comm.size() >= 15 || slash == std::string::npos || exe.compare(slash + 1, std::string::npos, comm) == 0)
+    if (comm.empty() || comm.size() >= 15 || slash == std::string::npos ||
+        exe.compare(slash + 1, std::string::npos, comm) == 0)
       return exe;
     const std::string link = exe.substr(0, slash + 1) + comm;
     struct stat running, named;

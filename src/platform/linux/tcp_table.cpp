@@ -2,8 +2,6 @@
 
 #include <cerrno>
 #include <charconv>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -14,6 +12,9 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
+
+#include "base/lines.h"
+#include "platform/files.h"
 
 namespace corvane::platform::linux_proc {
 
@@ -93,13 +94,6 @@ bool dumpFamily(int fd, uint8_t family, uint32_t uid, std::vector<char>& buffer,
   }
 }
 
-std::string readWholeFile(const char* path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return {};
-  std::stringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
 
 template <class Number>
 std::optional<Number> hexNumber(std::string_view text) {
@@ -123,25 +117,12 @@ std::optional<TcpTable> readTcpTableFromNetlink(uint32_t uid) {
 }
 
 void addProcNetTcpRows(std::string_view text, uint32_t uid, TcpTable& table) {
-  size_t at = text.find('\n');  // past the header line
-  while (at != std::string_view::npos && at < text.size()) {
-    size_t end = text.find('\n', at + 1);
-    if (end == std::string_view::npos) end = text.size();
-    const std::string_view line = text.substr(at + 1, end - at - 1);
-    at = end;
+  const std::vector<std::string_view> lines = splitLines(text);
+  for (size_t i = 1; i < lines.size(); ++i) {  // past the header line
+    const std::string_view line = lines[i];
     // sl local_address rem_address st tx:rx tr:when retrnsmt uid timeout inode ...
     std::string_view fields[10];
-    size_t count = 0;
-    size_t position = 0;
-    while (count < 10) {
-      position = line.find_first_not_of(' ', position);
-      if (position == std::string_view::npos) break;
-      size_t stop = line.find(' ', position);
-      if (stop == std::string_view::npos) stop = line.size();
-      fields[count++] = line.substr(position, stop - position);
-      position = stop;
-    }
-    if (count < 10) continue;
+    if (splitFields(line, " ", fields) < 10) continue;
     const size_t colon = fields[1].rfind(':');
     if (colon == std::string_view::npos) continue;
     const auto port = hexNumber<uint16_t>(fields[1].substr(colon + 1));
@@ -167,8 +148,8 @@ void dropUncountableConnections(TcpTable& table) {
 
 TcpTable readTcpTableFromProcFiles(uint32_t uid) {
   TcpTable table;
-  addProcNetTcpRows(readWholeFile("/proc/net/tcp"), uid, table);
-  addProcNetTcpRows(readWholeFile("/proc/net/tcp6"), uid, table);
+  addProcNetTcpRows(readFile("/proc/net/tcp").value_or(std::string()), uid, table);
+  addProcNetTcpRows(readFile("/proc/net/tcp6").value_or(std::string()), uid, table);
   return table;
 }
 

@@ -12,7 +12,6 @@ std::vector<std::string> dockerCandidates() {
   return {"/usr/bin/docker",
           "/usr/local/bin/docker",
           "/opt/homebrew/bin/docker",
-          "/usr/local/bin/docker",
           homeDirectory() + "/.orbstack/bin/docker",
           "/Applications/Docker.app/Contents/Resources/bin/docker"};
 }

@@ -236,7 +236,8 @@ void endRunsInFlight() {
 
 bool launchDetached(const std::string& path, const std::vector<std::string>& arguments) {
   SpawnSetup setup;
-  const std::optional<pid_t> pid = setup.streams(-1) && setup.signals(true) ? setup.spawn(path, arguments) : std::nullopt;
+  const std::optional<pid_t> pid =
+      setup.streams(-1) && setup.signals(true) ? setup.spawn(path, arguments) : std::nullopt;
   if (!pid) return false;
   // A detached reaper collects the child whenever it ends; should this program end first, the child
   // is handed to init (launchd on macOS), which collects it instead.

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <limits>
 
+#include "platform/files.h"
+
 namespace corvane::platform {
 
 namespace {
@@ -103,6 +105,16 @@ bool plistSurvivesXML(plist_t root) {
   // The binary form holds every value exactly, so equal forms mean equal lists.
   const auto before = binaryForm(root);
   return before && before == binaryForm(back);
+}
+
+std::optional<std::string> plistStringValue(const std::string& path, const std::string& key) {
+  // These files are a few kilobytes; anything far larger is not one.
+  constexpr size_t maxPlistBytes = 16 * 1024 * 1024;
+  const auto contents = readFile(path, maxPlistBytes);
+  if (!contents) return std::nullopt;
+  const auto root = parsePlistDictionary(*contents);
+  if (!root) return std::nullopt;
+  return plistString(plist_dict_get_item(root.get(), key.c_str()));
 }
 
 }  // namespace corvane::platform

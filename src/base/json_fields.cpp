@@ -1,4 +1,4 @@
-#include "snapshot/json_fields.h"
+#include "base/json_fields.h"
 
 #include <limits>
 

@@ -1,4 +1,4 @@
-#include "snapshot/json_text.h"
+#include "base/json_text.h"
 
 namespace corvane {
 

@@ -8,8 +8,8 @@
 #include "platform/defaults.h"
 #include "platform/paths.h"
 #include "platform/tool_locations.h"
-#include "scanner/tools.h"
-#include "snapshot/utf8.h"
+#include "tools/tools.h"
+#include "base/utf8.h"
 
 namespace corvane {
 

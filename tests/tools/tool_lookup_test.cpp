@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/defaults.h"
-#include "scanner/tools.h"
+#include "tools/tools.h"
 #include "support/fake_programs.h"
 #include "support/run_program.h"
 

@@ -1,5 +1,5 @@
 // The shared stop routine: rows in parallel, outcomes as they finish, one log append for what stopped.
-#include "cli/stop_rows.h"
+#include "stop/stop_rows.h"
 
 #include <filesystem>
 
@@ -52,7 +52,7 @@ TEST_F(StopRowsTest, OutcomesInFinishingOrderAndOneEntryPerStop) {
 
   const StartTimes started = {{server.pid(), platform::processStarted(server.pid()).value()}};
   const auto outcomes = stopRows({containerRow("db", {"slow", "x"}), containerRow("web", {"bad"}), process}, started,
-                                 false, "corvane stop", tools);
+                                 StopMode::polite, "corvane stop", tools);
   ASSERT_EQ(outcomes.size(), 3u);
   EXPECT_EQ(outcomes[2], makeOutcome(containerRow("db", {}), Outcome::State::stopped));
   EXPECT_EQ(outcomes[2].memory, 0u);
@@ -76,8 +76,8 @@ TEST_F(StopRowsTest, OutcomesInFinishingOrderAndOneEntryPerStop) {
 }
 
 TEST_F(StopRowsTest, NothingStoppedLeavesTheLogAlone) {
-  EXPECT_TRUE(stopRows({}, {}, false, "corvane free", {}).empty());
-  const auto outcomes = stopRows({containerRow("web", {"w"})}, {}, true, "corvane free", {});
+  EXPECT_TRUE(stopRows({}, {}, StopMode::polite, "corvane free", {}).empty());
+  const auto outcomes = stopRows({containerRow("web", {"w"})}, {}, StopMode::force, "corvane free", {});
   EXPECT_EQ(outcomes, std::vector{makeOutcome(containerRow("web", {}), Outcome::State::failed, "docker not found.")});
   EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(log.path).parent_path()));
 }

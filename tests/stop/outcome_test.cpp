@@ -1,4 +1,4 @@
-#include "cli/outcome.h"
+#include "stop/outcome.h"
 
 #include <gtest/gtest.h>
 
@@ -12,26 +12,26 @@ Outcome outcome(State state, uint64_t memory = 1'250'000'000, std::optional<std:
 }
 
 TEST(OutcomeTest, LineOfEveryState) {
-  for (bool commandLine : {true, false}) {
-    EXPECT_EQ(outcomeLine(outcome(State::stopped), commandLine), "Stopped Vite :5173 (1.2 GB).");
-    EXPECT_EQ(outcomeLine(outcome(State::wouldStop, 0), commandLine), "Would stop Vite :5173 (0.0 GB).");
-    EXPECT_EQ(outcomeLine(outcome(State::failed, 0, "Gone."), commandLine), "Couldn't stop Vite :5173: Gone.");
-    EXPECT_EQ(outcomeLine(outcome(State::failed), commandLine), "Couldn't stop Vite :5173: unknown error");
-    EXPECT_EQ(outcomeLine(outcome(State::skipped, 0, "pinned"), commandLine), "Left Vite :5173 alone: pinned.");
-    EXPECT_EQ(outcomeLine(outcome(State::skipped), commandLine), "Left Vite :5173 alone: protected.");
+  for (Audience audience : {Audience::commandLine, Audience::agent}) {
+    EXPECT_EQ(outcomeLine(outcome(State::stopped), audience), "Stopped Vite :5173 (1.2 GB).");
+    EXPECT_EQ(outcomeLine(outcome(State::wouldStop, 0), audience), "Would stop Vite :5173 (0.0 GB).");
+    EXPECT_EQ(outcomeLine(outcome(State::failed, 0, "Gone."), audience), "Couldn't stop Vite :5173: Gone.");
+    EXPECT_EQ(outcomeLine(outcome(State::failed), audience), "Couldn't stop Vite :5173: unknown error");
+    EXPECT_EQ(outcomeLine(outcome(State::skipped, 0, "pinned"), audience), "Left Vite :5173 alone: pinned.");
+    EXPECT_EQ(outcomeLine(outcome(State::skipped), audience), "Left Vite :5173 alone: protected.");
   }
-  EXPECT_EQ(outcomeLine(outcome(State::stillRunning), true),
+  EXPECT_EQ(outcomeLine(outcome(State::stillRunning), Audience::commandLine),
             "Vite :5173 is still running after 5 s. `corvane stop server:41 --force` kills it.");
-  EXPECT_EQ(outcomeLine(outcome(State::stillRunning), false),
+  EXPECT_EQ(outcomeLine(outcome(State::stillRunning), Audience::agent),
             "Vite :5173 is still running after 5 s. The user can force-stop it in Corvane.");
 }
 
 TEST(OutcomeTest, FreedLineAndExitCode) {
   const std::vector<Outcome> mixed = {outcome(State::stopped, 1'200'000'000), outcome(State::stopped, 0),
                                       outcome(State::stillRunning, 5'000'000'000), outcome(State::stopped, 60'000'000)};
-  EXPECT_EQ(outcomeLines(mixed, true).back(), "Freed 1.3 GB.");
-  EXPECT_EQ(outcomeLines({outcome(State::wouldStop), outcome(State::skipped)}, true).size(), 2u);
-  EXPECT_EQ(outcomeLines({outcome(State::stopped, 0)}, false).size(), 1u);
+  EXPECT_EQ(outcomeLines(mixed, Audience::commandLine).back(), "Freed 1.3 GB.");
+  EXPECT_EQ(outcomeLines({outcome(State::wouldStop), outcome(State::skipped)}, Audience::commandLine).size(), 2u);
+  EXPECT_EQ(outcomeLines({outcome(State::stopped, 0)}, Audience::agent).size(), 1u);
   EXPECT_EQ(exitCode(mixed), 1);
   EXPECT_EQ(exitCode({}), 2);
   EXPECT_EQ(exitCode({outcome(State::skipped)}), 2);

@@ -1,4 +1,4 @@
-#include "cli/settled_scan.h"
+#include "scanner/settled_scan.h"
 
 #include <chrono>
 #include <thread>

@@ -1,4 +1,4 @@
-#include "snapshot/date.h"
+#include "base/date.h"
 
 #include <cmath>
 #include <cstdio>
@@ -6,8 +6,6 @@
 namespace corvane {
 
 namespace {
-
-constexpr double referenceDateOffset = 978307200.0;  // 2001-01-01 in seconds since 1970
 
 bool readDigits(std::string_view text, size_t& pos, size_t count, int& value) {
   if (pos + count > text.size()) return false;
@@ -112,10 +110,12 @@ std::optional<Date> parseISO8601(std::string_view text) {
   return Date{duration_cast<microseconds>(base.time_since_epoch()) + microseconds{micros}};
 }
 
-double secondsSinceReferenceDate(Date date) { return secondsSince1970(date) - referenceDateOffset; }
+double secondsSinceReferenceDate(Date date) {
+  return secondsSince1970(date) - static_cast<double>(referenceDateSince1970);
+}
 
 std::optional<Date> dateFromReferenceSeconds(double seconds) {
-  const double micros = std::round((seconds + referenceDateOffset) * 1e6);
+  const double micros = std::round((seconds + static_cast<double>(referenceDateSince1970)) * 1e6);
   // 2^63: every double strictly inside converts to a 64-bit count; NaN fails both comparisons.
   constexpr double limit = 9223372036854775808.0;
   if (!(micros > -limit && micros < limit)) return std::nullopt;

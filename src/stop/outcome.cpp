@@ -1,4 +1,4 @@
-#include "cli/outcome.h"
+#include "stop/outcome.h"
 
 #include <cstdio>
 
@@ -34,6 +34,17 @@ Outcome makeOutcome(const Item& item, Outcome::State state, std::optional<std::s
   return Outcome{item.id, item.title, item.kind, item.counted ? item.memory : 0, state, std::move(reason)};
 }
 
+PolicySplit splitByPolicy(const std::vector<Item>& rows, const Refusal& refusal) {
+  PolicySplit split;
+  for (const Item& row : rows) {
+    if (auto reason = refusal(row))
+      split.skipped.push_back(makeOutcome(row, Outcome::State::skipped, std::move(reason)));
+    else
+      split.toStop.push_back(row);
+  }
+  return split;
+}
+
 nlohmann::json toJSON(const Outcome& outcome) {
   nlohmann::json j = {{"id", outcome.id},
                       {"kind", rawValue(outcome.kind)},
@@ -44,7 +55,7 @@ nlohmann::json toJSON(const Outcome& outcome) {
   return j;
 }
 
-std::string outcomeLine(const Outcome& outcome, bool commandLine) {
+std::string outcomeLine(const Outcome& outcome, Audience audience) {
   const std::string& title = outcome.title;
   switch (outcome.state) {
     case Outcome::State::stopped:
@@ -52,7 +63,7 @@ std::string outcomeLine(const Outcome& outcome, bool commandLine) {
     case Outcome::State::wouldStop:
       return "Would stop " + title + " (" + gigabytes(outcome.memory) + ").";
     case Outcome::State::stillRunning:
-      if (commandLine)
+      if (audience == Audience::commandLine)
         return title + " is still running after 5 s. `corvane stop " + outcome.id + " --force` kills it.";
       return title + " is still running after 5 s. The user can force-stop it in Corvane.";
     case Outcome::State::failed:
@@ -63,12 +74,12 @@ std::string outcomeLine(const Outcome& outcome, bool commandLine) {
   return {};
 }
 
-std::vector<std::string> outcomeLines(const std::vector<Outcome>& outcomes, bool commandLine) {
+std::vector<std::string> outcomeLines(const std::vector<Outcome>& outcomes, Audience audience) {
   std::vector<std::string> lines;
   lines.reserve(outcomes.size() + 1);
   uint64_t freed = 0;
   for (const Outcome& outcome : outcomes) {
-    lines.push_back(outcomeLine(outcome, commandLine));
+    lines.push_back(outcomeLine(outcome, audience));
     if (outcome.state == Outcome::State::stopped) freed += outcome.memory;
   }
   if (freed > 0) lines.push_back("Freed " + gigabytes(freed) + ".");
@@ -76,17 +87,17 @@ std::vector<std::string> outcomeLines(const std::vector<Outcome>& outcomes, bool
 }
 
 int32_t exitCode(const std::vector<Outcome>& outcomes) {
-  if (outcomes.empty()) return 2;
+  if (outcomes.empty()) return ExitCode::nothingToDo;
   auto any = [&](auto predicate) {
     for (const Outcome& outcome : outcomes)
       if (predicate(outcome.state)) return true;
     return false;
   };
   if (any([](Outcome::State s) { return s == Outcome::State::stillRunning || s == Outcome::State::failed; }))
-    return 1;
+    return ExitCode::failed;
   if (any([](Outcome::State s) { return s == Outcome::State::stopped || s == Outcome::State::wouldStop; }))
-    return 0;
-  return 2;
+    return ExitCode::done;
+  return ExitCode::nothingToDo;
 }
 
 }  // namespace corvane

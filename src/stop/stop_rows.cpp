@@ -1,4 +1,4 @@
-#include "cli/stop_rows.h"
+#include "stop/stop_rows.h"
 
 #include <mutex>
 #include <system_error>
@@ -33,7 +33,7 @@ Outcome outcomeOf(const Item& row, const Stopper::Result& result) {
 
 }  // namespace
 
-std::vector<Outcome> stopRows(const std::vector<Item>& rows, const StartTimes& started, bool force,
+std::vector<Outcome> stopRows(const std::vector<Item>& rows, const StartTimes& started, StopMode mode,
                               const std::string& reason, const Tools& tools) {
   std::mutex mutex;
   std::vector<Finished> finished;
@@ -43,7 +43,7 @@ std::vector<Outcome> stopRows(const std::vector<Item>& rows, const StartTimes& s
     stops.reserve(rows.size());
     for (size_t i = 0; i < rows.size(); ++i) {
       auto stopRow = [&, i] {
-        Stopper::Result result = Stopper::stop(rows[i], started, tools, force, stopWaitSeconds);
+        Stopper::Result result = Stopper::stop(rows[i], started, tools, mode == StopMode::force, stopWaitSeconds);
         const std::lock_guard lock(mutex);
         finished.push_back({i, std::move(result)});
       };

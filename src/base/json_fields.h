@@ -8,7 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "snapshot/date.h"
+#include "base/date.h"
 
 namespace corvane {
 

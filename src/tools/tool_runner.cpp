@@ -6,7 +6,7 @@
 #include "platform/paths.h"
 #include "platform/tool_locations.h"
 #include "platform/uuid.h"
-#include "scanner/tools.h"
+#include "tools/tools.h"
 
 namespace corvane {
 

@@ -4,19 +4,22 @@
 #include <string>
 #include <vector>
 
-#include "cli/outcome.h"
+#include "stop/outcome.h"
 #include "detect/item.h"
-#include "scanner/tools.h"
+#include "tools/tools.h"
 #include "snapshot/proc.h"
 
 namespace corvane {
 
-// Stops the rows in parallel, one thread per row, never forcing past `force`, and returns one outcome
+// Polite stops wait 5 s for a row to go; forced ones kill (SIGKILL, `docker kill`).
+enum class StopMode { polite, force };
+
+// Stops the rows in parallel, one thread per row, politely unless `mode` forces, and returns one outcome
 // per row in the order the stops finished. `started` holds the start times of the scan the rows come
 // from, so that only the processes it saw are signalled. The rows that stopped are appended to the
 // activity log in one go with `reason` ("corvane stop", "corvane free", "<agent> via MCP"); when none
 // stopped the log is not touched.
-std::vector<Outcome> stopRows(const std::vector<Item>& rows, const StartTimes& started, bool force,
+std::vector<Outcome> stopRows(const std::vector<Item>& rows, const StartTimes& started, StopMode mode,
                               const std::string& reason, const Tools& tools);
 
 }  // namespace corvane

@@ -9,7 +9,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include "base/exit_codes.h"
 #include "detect/item.h"
+#include "stop/policy.h"
 
 namespace corvane {
 
@@ -38,14 +40,23 @@ std::string_view rawValue(Outcome::State state);
 // The outcome of `item`: its id, title and kind, and its memory when counted.
 Outcome makeOutcome(const Item& item, Outcome::State state, std::optional<std::string> reason = std::nullopt);
 
+// Matched rows split by a rule of the policy, both in the rows' order.
+struct PolicySplit {
+  std::vector<Outcome> skipped;  // what the rule refused, with its reason
+  std::vector<Item> toStop;
+};
+PolicySplit splitByPolicy(const std::vector<Item>& rows, const Refusal& refusal);
+
 // Keys "id", "kind", "memory", "reason" (left out when absent), "state", "title".
 nlohmann::json toJSON(const Outcome& outcome);
 
-// `commandLine` picks the hint for a row still running: the force command for the user, a pointer to the
-// desktop app for an agent.
-std::string outcomeLine(const Outcome& outcome, bool commandLine);
+// Who reads the lines; it picks the hint for a row still running: the force command for the user of the
+// command line, a pointer to the desktop app for a coding agent.
+enum class Audience { commandLine, agent };
+
+std::string outcomeLine(const Outcome& outcome, Audience audience);
 // One line per outcome, then "Freed X GB." when stopped rows freed any counted memory.
-std::vector<std::string> outcomeLines(const std::vector<Outcome>& outcomes, bool commandLine);
+std::vector<std::string> outcomeLines(const std::vector<Outcome>& outcomes, Audience audience);
 
 // 2 for nothing, 1 when anything failed or still runs, 0 when anything stopped or would stop, else 2.
 int32_t exitCode(const std::vector<Outcome>& outcomes);

@@ -1,9 +1,7 @@
 // What each tool does for the calling agent.
-#include <set>
-
-#include "cli/outcome.h"
-#include "cli/settled_scan.h"
-#include "cli/stop_rows.h"
+#include "stop/outcome.h"
+#include "scanner/settled_scan.h"
+#include "stop/stop_rows.h"
 #include "mcp/rows.h"
 #include "mcp/server.h"
 #include "ports/ports.h"
@@ -11,6 +9,7 @@
 #include "stop/match.h"
 #include "stop/pins.h"
 #include "stop/planner.h"
+#include "stop/policy.h"
 
 namespace corvane::MCP {
 
@@ -22,39 +21,29 @@ std::vector<Row> scanRows(Scanner& scanner, std::optional<int32_t> agentPID) {
 
 std::string joinLines(const std::vector<Outcome>& outcomes) {
   std::string text;
-  for (const auto& line : outcomeLines(outcomes, false)) text += (text.empty() ? "" : "\n") + line;
+  for (const auto& line : outcomeLines(outcomes, Audience::agent)) text += (text.empty() ? "" : "\n") + line;
   return text;
 }
 
+Refusal agentRule(const Pins& pins, std::optional<int32_t> agentPID) {
+  return [pins, agentPID](const Item& item) { return refusal(item, isPinned(pins, item), agentPID); };
+}
+
 Reply stop(const std::string& target, Scanner& scanner, std::optional<int32_t> agentPID, const std::string& label) {
-  const std::vector<Row> rows = scanRows(scanner, agentPID);
-  std::vector<Item> items;
-  for (const auto& row : rows) items.push_back(row.item);
+  const std::vector<Item> items = settledScan(scanner);
   const Match matched = match(target, items);
   if (matched.items.empty())
     return {"Nothing running matches " + target + ". list_running shows ids, ports and projects.", true};
 
-  std::set<std::string> ids;
-  for (const auto& item : matched.items) ids.insert(item.id);
-  std::vector<Outcome> outcomes;
-  std::vector<Item> toStop;
-  for (const auto& row : rows) {
-    if (!ids.count(row.item.id)) continue;
-    if (row.refusal)
-      outcomes.push_back(makeOutcome(row.item, Outcome::State::skipped, row.refusal));
-    else
-      toStop.push_back(row.item);
-  }
-  const std::vector<Outcome> stopped = stopRows(toStop, scanner.startTimes(), false, label, scanner.tools());
+  auto [outcomes, toStop] = splitByPolicy(matched.items, agentRule(readPins(), agentPID));
+  const std::vector<Outcome> stopped = stopRows(toStop, scanner.startTimes(), StopMode::polite, label, scanner.tools());
   outcomes.insert(outcomes.end(), stopped.begin(), stopped.end());
-  return {joinLines(outcomes), exitCode(stopped) != 0};
+  return {joinLines(outcomes), exitCode(stopped) != ExitCode::done};
 }
 
 Reply freeMemory(double gb, bool dryRun, Scanner& scanner, std::optional<int32_t> agentPID,
                  const std::string& label) {
-  std::vector<Item> candidates;
-  for (const auto& row : scanRows(scanner, agentPID))
-    if (!row.refusal && isQuiet(row.item)) candidates.push_back(row.item);
+  const std::vector<Item> candidates = freeCandidates(settledScan(scanner), agentRule(readPins(), agentPID));
   const std::vector<Item> plan = planFree(candidates, static_cast<uint64_t>(gb * 1e9));
   if (plan.empty()) return {"Nothing to free: no simulators, emulators or daemons you may stop.", false};
 
@@ -63,8 +52,8 @@ Reply freeMemory(double gb, bool dryRun, Scanner& scanner, std::optional<int32_t
     for (const auto& item : plan) outcomes.push_back(makeOutcome(item, Outcome::State::wouldStop));
     return {joinLines(outcomes), false};
   }
-  const std::vector<Outcome> outcomes = stopRows(plan, scanner.startTimes(), false, label, scanner.tools());
-  return {joinLines(outcomes), exitCode(outcomes) != 0};
+  const std::vector<Outcome> outcomes = stopRows(plan, scanner.startTimes(), StopMode::polite, label, scanner.tools());
+  return {joinLines(outcomes), exitCode(outcomes) != ExitCode::done};
 }
 
 Reply findFreePort(uint16_t start) {
@@ -74,7 +63,7 @@ Reply findFreePort(uint16_t start) {
 
 }  // namespace
 
-Reply run(const Call& call, Scanner& scanner, std::optional<int32_t> agentPID, const std::string& label) {
+Reply callTool(const Call& call, Scanner& scanner, std::optional<int32_t> agentPID, const std::string& label) {
   switch (call.kind) {
     case Call::Kind::listRunning:
       return {listRunningText(scanRows(scanner, agentPID), Memory::pressure()), false};
