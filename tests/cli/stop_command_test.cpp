@@ -10,17 +10,16 @@
 #include "activity/activity_log.h"
 #include "platform/defaults.h"
 #include "platform/process_table.h"
-#include "support/child_process.h"
+#include "support/process.h"
 #include "support/fake_programs.h"
 #include "support/listeners.h"
-#include "support/run_program.h"
 #include "support/user_files.h"
 
 namespace corvane {
 namespace {
 
 namespace fs = std::filesystem;
-using testing_support::ChildProcess;
+using testing_support::Process;
 using testing_support::runCorvane;
 
 // Each test gets its own log and suite, which the executable finds through the inherited environment.
@@ -51,15 +50,15 @@ class StopCommandTest : public testing::Test {
   testing_support::ScopedEnv data, config;
 };
 
-std::unique_ptr<ChildProcess> httpServer(const std::string& python, uint16_t port, const std::string& directory) {
-  auto server = std::make_unique<ChildProcess>(
-      python, std::vector<std::string>{"python3", "-m", "http.server", std::to_string(port), "--bind", "127.0.0.1"},
-      directory);
+std::unique_ptr<Process> httpServer(const std::string& python, uint16_t port, const std::string& directory) {
+  auto server = std::make_unique<Process>(
+      python, std::vector<std::string>{"-m", "http.server", std::to_string(port), "--bind", "127.0.0.1"},
+      testing_support::ProcessOptions{.directory = directory});
   EXPECT_TRUE(testing_support::listening(port));
   return server;
 }
 
-bool gone(const ChildProcess& process) { return platform::processGone(process.pid()); }
+bool gone(const Process& process) { return platform::processGone(process.pid()); }
 
 TEST_F(StopCommandTest, ADevServerByPortAndAProjectWithAPinnedRow) {
   const std::string project = makeProject();
@@ -96,12 +95,12 @@ TEST_F(StopCommandTest, ADevServerByPortAndAProjectWithAPinnedRow) {
 TEST_F(StopCommandTest, AServerThatIgnoresSIGTERMIsStillRunningUntilForced) {
   const std::string project = makeProject();
   const uint16_t port = testing_support::freePort();
-  ChildProcess server(python,
-                      {"python3", "-c",
+  Process server(python,
+                      {"-c",
                        "import signal, socket, time\nsignal.signal(signal.SIGTERM, signal.SIG_IGN)\n"
                        "s = socket.socket()\ns.bind(('127.0.0.1', " + std::to_string(port) + "))\ns.listen()\n"
                        "print('ready', flush=True)\ntime.sleep(600)\n"},
-                      project);
+                      {.directory = project});
   ASSERT_EQ(server.readLine(), "ready");
   const std::string title = "Python :" + std::to_string(port);
 
@@ -123,10 +122,10 @@ TEST_F(StopCommandTest, ADatabaseByPortNeedsYes) {
   const std::string redis = "/usr/bin/redis-server";
   if (access(redis.c_str(), X_OK) != 0) GTEST_SKIP() << "needs redis-server";
   const uint16_t port = testing_support::freePort();
-  ChildProcess db(redis,
-                  {"redis-server", "--port", std::to_string(port), "--bind", "127.0.0.1", "--save", "", "--appendonly",
+  Process db(redis,
+                  {"--port", std::to_string(port), "--bind", "127.0.0.1", "--save", "", "--appendonly",
                    "no", "--dir", root},
-                  root);
+                  {.directory = root});
   ASSERT_TRUE(testing_support::listening(port));
   const std::string target = std::to_string(port), title = "Redis :" + target;
 

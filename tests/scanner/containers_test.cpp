@@ -5,7 +5,7 @@
 #include "scanner/memory_size.h"
 #include "scanner/tools.h"
 #include "support/fake_programs.h"
-#include "support/run_program.h"
+#include "support/process.h"
 
 namespace corvane {
 namespace {

@@ -15,9 +15,7 @@
 
 #include "platform/docker_socket.h"
 #include "platform/paths.h"
-#include "support/child_process.h"
 #include "support/fake_programs.h"
-#include "support/run_program.h"
 
 namespace corvane {
 namespace {
@@ -254,31 +252,6 @@ TEST(ScannerTest, RowsCarryRecentCPUUse) {
   ASSERT_NE(row(second, "server:300"), nullptr);
   EXPECT_DOUBLE_EQ(row(second, "server:300")->cpu, 0.5);
   EXPECT_TRUE(row(second, "server:300")->building);
-}
-
-TEST(ScannerTest, FindsARealDevServerWithItsProject) {
-  const std::string python = testing_support::systemPython();
-  if (python.empty()) GTEST_SKIP() << "no python3";
-  const std::string project = fs::canonical(makeTempDir("shop"));
-  fs::create_directories(project + "/.git");
-  testing_support::ChildProcess server(
-      python, {"python3", "-u", "-m", "http.server", "0", "--bind", "127.0.0.1"}, project);
-  ASSERT_GT(server.pid(), 0);
-  // "Serving HTTP on 127.0.0.1 port 41234 (http://127.0.0.1:41234/) ...", once it listens.
-  const std::string banner = server.readLine();
-  const size_t portAt = banner.find(" port ");
-  ASSERT_NE(portAt, std::string::npos) << banner;
-  const auto port = static_cast<uint16_t>(std::atoi(banner.c_str() + portAt + 6));
-
-  Scanner scanner(Tools{});
-  const auto items = scanner.scan();
-  const Item* item = row(items, "server:" + std::to_string(server.pid()));
-  ASSERT_NE(item, nullptr);
-  EXPECT_EQ(item->kind, Item::Kind::server);
-  EXPECT_EQ(item->project, lastPathComponent(project));
-  EXPECT_EQ(item->cwd, project);
-  EXPECT_EQ(item->ports, std::vector<uint16_t>{port});
-  EXPECT_GT(item->memory, 0u);
 }
 
 }  // namespace

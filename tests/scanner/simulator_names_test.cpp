@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "support/fake_programs.h"
-#include "support/run_program.h"
+#include "support/process.h"
 
 namespace corvane {
 namespace {

@@ -3,7 +3,7 @@
 #include "platform/defaults.h"
 #include "scanner/tools.h"
 #include "support/fake_programs.h"
-#include "support/run_program.h"
+#include "support/process.h"
 
 namespace corvane {
 namespace {

@@ -2,7 +2,8 @@
 
 #include "snapshot/memory.h"
 #include "snapshot/proc.h"
-#include "support/run_program.h"
+#include "support/fake_programs.h"
+#include "support/process.h"
 
 namespace corvane {
 namespace {

@@ -5,7 +5,8 @@
 #include <gtest/gtest.h>
 
 #include "platform/defaults.h"
-#include "support/run_program.h"
+#include "support/fake_programs.h"
+#include "support/process.h"
 #include "support/user_files.h"
 
 namespace corvane {

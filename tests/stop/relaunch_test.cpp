@@ -6,7 +6,7 @@
 #include "activity/undo.h"
 #include "scanner/tools.h"
 #include "support/fake_programs.h"
-#include "support/run_program.h"
+#include "support/process.h"
 
 namespace corvane {
 namespace {

@@ -11,7 +11,7 @@
 
 #include "platform/docker_socket.h"
 #include "support/fake_programs.h"
-#include "support/run_program.h"
+#include "support/process.h"
 
 namespace corvane::platform {
 namespace {

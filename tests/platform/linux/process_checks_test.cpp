@@ -13,13 +13,13 @@
 #include "platform/paths.h"
 #include "platform/signals.h"
 #include "stop/stopper.h"
-#include "support/child_process.h"
+#include "support/process.h"
 
 namespace corvane::platform {
 namespace {
 
 TEST(ProcessChecksTest, GoneOnceExitedEvenBeforeReaped) {
-  testing_support::ChildProcess sleeper("/bin/sleep", {"sleep", "60"});
+  testing_support::Process sleeper("/bin/sleep", {"60"});
   ASSERT_GT(sleeper.pid(), 0);
   EXPECT_FALSE(processGone(sleeper.pid()));
   kill(sleeper.pid(), SIGTERM);
@@ -32,15 +32,15 @@ TEST(ProcessChecksTest, GoneOnceExitedEvenBeforeReaped) {
   EXPECT_TRUE(processGone(0x7ffffff0));
 }
 
-using testing_support::ChildProcess;
+using testing_support::Process;
 
-std::unique_ptr<ChildProcess> sleeper() {
-  return std::make_unique<ChildProcess>("/bin/sleep", std::vector<std::string>{"sleep", "60"});
+std::unique_ptr<Process> sleeper() {
+  return std::make_unique<Process>("/bin/sleep", std::vector<std::string>{"60"});
 }
 
 // A new process that is given `pid`, through the pid the kernel handed out last (root only); null
 // when that can't be done, or other processes keep taking the pid first.
-std::unique_ptr<ChildProcess> sleeperWithPid(pid_t pid) {
+std::unique_ptr<Process> sleeperWithPid(pid_t pid) {
   for (int attempt = 0; attempt < 50; ++attempt) {
     {
       std::ofstream last("/proc/sys/kernel/ns_last_pid");
