@@ -45,9 +45,8 @@ class OwnUser {
   bool ready() const { return !home_.empty(); }
   const std::string& home() const { return home_; }
 
-  ProgramResult corvane(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), {"--reuid=" + uid_, "--regid=" + uid_, "--clear-groups", CORVANE_EXE});
-    return testing_support::runProgram(setpriv, arguments, "",
+  ProgramResult corvane(const std::vector<std::string>& arguments) const {
+    return testing_support::runProgram(setpriv, as(CORVANE_EXE, arguments), "",
                                        {{"HOME", home_},
                                         {"XDG_DATA_HOME", home_ + "/data"},
                                         {"XDG_CONFIG_HOME", home_ + "/config"},
@@ -59,12 +58,7 @@ class OwnUser {
     const std::string script = std::string("import signal, time\n") +
                                (stubborn ? "signal.signal(signal.SIGTERM, signal.SIG_IGN)\n" : "") +
                                "print('ready', flush=True)\ntime.sleep(120)\n";
-    auto daemon = std::make_unique<Process>(
-        setpriv,
-        std::vector<std::string>{"--reuid=" + uid_, "--regid=" + uid_, "--clear-groups",
-                                 testing_support::systemPython(), "-c", script,
-                                 "org.gradle.launcher.daemon.bootstrap.GradleDaemon", version},
-        {.directory = home_});
+    auto daemon = start({"-c", script, "org.gradle.launcher.daemon.bootstrap.GradleDaemon", version});
     EXPECT_EQ(daemon->readLine(), "ready");
     return daemon;
   }
@@ -72,12 +66,7 @@ class OwnUser {
   // A Python web server in the user's folder, listening on a port of its own.
   std::unique_ptr<Process> server() const {
     const uint16_t port = testing_support::freePort();
-    auto server = std::make_unique<Process>(
-        setpriv,
-        std::vector<std::string>{"--reuid=" + uid_, "--regid=" + uid_, "--clear-groups",
-                                 testing_support::systemPython(), "-m", "http.server", std::to_string(port),
-                                 "--bind", "127.0.0.1"},
-        {.directory = home_});
+    auto server = start({"-m", "http.server", std::to_string(port), "--bind", "127.0.0.1"});
     EXPECT_TRUE(testing_support::listening(port));
     return server;
   }
@@ -87,6 +76,17 @@ class OwnUser {
   static constexpr const char* setpriv = "/usr/bin/setpriv";
 
  private:
+  // The command line that runs `program` with `arguments` as the user.
+  std::vector<std::string> as(const std::string& program, const std::vector<std::string>& arguments) const {
+    std::vector<std::string> line{"--reuid=" + uid_, "--regid=" + uid_, "--clear-groups", program};
+    line.insert(line.end(), arguments.begin(), arguments.end());
+    return line;
+  }
+  std::unique_ptr<Process> start(const std::vector<std::string>& python) const {
+    return std::make_unique<Process>(setpriv, as(testing_support::systemPython(), python),
+                                     testing_support::ProcessOptions{.directory = home_});
+  }
+
   std::string uid_;
   std::string home_;
 };

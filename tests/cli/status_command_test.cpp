@@ -65,21 +65,16 @@ TEST(StatusCommandTest, ListsADevServerUnderItsProjectAndADatabase) {
   EXPECT_NE(text.out.find("  database \xC2\xB7 guarded \xC2\xB7 1 proc \xC2\xB7 " + database), std::string::npos);
   EXPECT_EQ(text.out.rfind("Dev stack ", 0), 0u);
 
-  auto json = runCorvane({"status", "--json"});
+  const auto json = runCorvane({"status", "--json"});
   EXPECT_EQ(json.exitCode, 0);
-  EXPECT_NE(json.out.find("\"cwd\": \"\\/"), std::string::npos);
   const auto items = nlohmann::json::parse(json.out);
   const auto* s = row(items, server);
   ASSERT_NE(s, nullptr) << json.out;
-  EXPECT_EQ((*s)["kind"], "server");
   EXPECT_EQ((*s)["project"], "shop");
   EXPECT_EQ((*s)["cwd"], root + "/shop/web");
   EXPECT_EQ((*s)["ports"], nlohmann::json::array({webPort}));
-  EXPECT_GT((*s)["memory"].get<uint64_t>(), 0u);
-  EXPECT_EQ((*s)["stop"], nlohmann::json::parse(R"({"signal":{}})"));
   const auto* d = row(items, database);
   ASSERT_NE(d, nullptr) << json.out;
-  EXPECT_EQ((*d)["kind"], "database");
   EXPECT_EQ((*d)["key"], "db:redis-server");
   EXPECT_EQ((*d)["guarded"], true);
 }

@@ -22,32 +22,15 @@ namespace fs = std::filesystem;
 using testing_support::Process;
 using testing_support::runCorvane;
 
-// Each test gets its own log and suite, which the executable finds through the inherited environment.
-class StopCommandTest : public testing::Test {
+class StopCommandTest : public testing::Test, protected testing_support::OwnFolders {
  protected:
-  StopCommandTest()
-      : root(fs::canonical(testing_support::makeTempDir("stop"))),
-        data("XDG_DATA_HOME", root + "/data"),
-        config("XDG_CONFIG_HOME", root + "/config") {}
-
   void SetUp() override {
     SKIP_WHERE_USER_FILES_CANNOT_MOVE();
     if (python.empty()) GTEST_SKIP() << "needs python3";
   }
-
-  // A project folder (a repository) named like the temporary folder, so its name is unique.
-  std::string makeProject() {
-    const std::string project = fs::canonical(testing_support::makeTempDir("shop"));
-    fs::create_directories(project + "/.git");
-    return project;
-  }
-
   std::vector<Activity> logged() const { return ActivityLog::standard().read(); }
-  bool logTouched() const { return fs::exists(root + "/data/Corvane"); }
 
   const std::string python = testing_support::systemPython();
-  const std::string root;
-  testing_support::ScopedEnv data, config;
 };
 
 std::unique_ptr<Process> httpServer(const std::string& python, uint16_t port, const std::string& directory) {
@@ -90,32 +73,6 @@ TEST_F(StopCommandTest, ADevServerByPortAndAProjectWithAPinnedRow) {
   EXPECT_EQ(entries[0].reason, "corvane stop");
   EXPECT_GT(entries[0].memory, 0u);
   EXPECT_FALSE(entries[0].undo);
-}
-
-TEST_F(StopCommandTest, AServerThatIgnoresSIGTERMIsStillRunningUntilForced) {
-  const std::string project = makeProject();
-  const uint16_t port = testing_support::freePort();
-  Process server(python,
-                      {"-c",
-                       "import signal, socket, time\nsignal.signal(signal.SIGTERM, signal.SIG_IGN)\n"
-                       "s = socket.socket()\ns.bind(('127.0.0.1', " + std::to_string(port) + "))\ns.listen()\n"
-                       "print('ready', flush=True)\ntime.sleep(600)\n"},
-                      {.directory = project});
-  ASSERT_EQ(server.readLine(), "ready");
-  const std::string title = "Python :" + std::to_string(port);
-
-  const auto polite = runCorvane({"stop", ":" + std::to_string(port)});
-  EXPECT_EQ(polite.exitCode, 1) << polite.err;
-  EXPECT_EQ(polite.out, title + " is still running after 5 s. `corvane stop server:" + std::to_string(server.pid()) +
-                            " --force` kills it.\n");
-  EXPECT_FALSE(gone(server));
-  EXPECT_FALSE(logTouched());
-
-  const auto forced = runCorvane({"stop", std::to_string(port), "--force"});
-  EXPECT_EQ(forced.exitCode, 0) << forced.err;
-  EXPECT_EQ(forced.out, "Stopped " + title + " (0.0 GB).\nFreed 0.0 GB.\n");
-  EXPECT_TRUE(gone(server));
-  EXPECT_EQ(logged().size(), 1u);
 }
 
 TEST_F(StopCommandTest, ADatabaseByPortNeedsYes) {

@@ -64,23 +64,13 @@ unsigned freePortIn(const std::string& text) {
   return std::regex_match(text, m, std::regex("Port ([0-9]+) is free\\.")) ? std::stoul(m[1]) : 0;
 }
 
-// Each test gets its own activity log and defaults suite, which the executable finds through the
-// inherited environment, and a login shell that finds no tools at once: a real one may read a slow
-// profile for each of the four tools the server looks up before its first tool call.
-class McpTest : public testing::Test {
+// Each test gets its own log and suite, and a login shell that finds no tools at once: a real one may
+// read a slow profile for each of the four tools the server looks up before its first tool call.
+class McpTest : public testing::Test, protected testing_support::OwnFolders {
  protected:
-  McpTest()
-      : root(fs::canonical(testing_support::makeTempDir("mcp"))),
-        data("XDG_DATA_HOME", root + "/data"),
-        config("XDG_CONFIG_HOME", root + "/config"),
-        shell("SHELL", testing_support::writeScript(root + "/bin/login-shell", "exit 1\n")) {}
-
   void SetUp() override { SKIP_WHERE_USER_FILES_CANNOT_MOVE(); }
 
-  bool logTouched() const { return fs::exists(root + "/data/Corvane"); }
-
-  const std::string root;
-  testing_support::ScopedEnv data, config, shell;
+  testing_support::ScopedEnv shell{"SHELL", testing_support::writeScript(root + "/bin/login-shell", "exit 1\n")};
 };
 
 TEST_F(McpTest, AnswersEachRequestAsItArrivesAndEndsWithItsInput) {
@@ -161,11 +151,6 @@ TEST_F(McpTest, TheLastReplyIsWrittenBeforeExitAndBlankInputGetsNothing) {
   EXPECT_EQ(ended.out, "{\"id\":9,\"jsonrpc\":\"2.0\",\"result\":{}}\n");
   EXPECT_EQ(ended.err, "");
 
-  // A NUL byte is part of the line, and JSON has no room for one: the ping before it is not answered.
-  using namespace std::string_literals;
-  const auto nul = testing_support::runCorvane({"mcp"}, "{\"id\":1,\"method\":\"ping\"}\0garbage\n"s);
-  EXPECT_EQ(nul.out, "{\"error\":{\"code\":-32700,\"message\":\"Parse error\"},\"id\":null,\"jsonrpc\":\"2.0\"}\n");
-
   const auto blank = testing_support::runCorvane({"mcp"}, "\n\r\n\n");
   EXPECT_EQ(blank.exitCode, 0);
   EXPECT_EQ(blank.out, "");
@@ -179,12 +164,6 @@ class McpDevServerTest : public McpTest {
     McpTest::SetUp();
     if (IsSkipped()) return;
     if (python.empty()) GTEST_SKIP() << "needs python3";
-  }
-
-  std::string makeProject() {
-    const std::string project = fs::canonical(testing_support::makeTempDir("site"));
-    fs::create_directories(project + "/.git");
-    return project;
   }
 
   const std::string python = testing_support::systemPython();
@@ -210,21 +189,14 @@ TEST_F(McpDevServerTest, ListsTheServerAndPlansFreeingWithoutStoppingIt) {
   EXPECT_FALSE(listing.isError);
   json running = json::parse(listing.text, nullptr, false);
   ASSERT_TRUE(running.is_object()) << listing.text;
-  EXPECT_TRUE(running["pressure"] == "normal" || running["pressure"] == "warning" || running["pressure"] == "critical");
-  EXPECT_TRUE(running["dev_stack_gb"].is_number());
   json mine;
   for (auto& row : running["rows"])
     if (row["id"] == "server:" + std::to_string(site.pid())) mine = row;
   ASSERT_TRUE(mine.is_object()) << listing.text;
   EXPECT_EQ(mine["title"], "Python :" + std::to_string(port));
-  EXPECT_EQ(mine["kind"], "server");
   EXPECT_EQ(mine["project"], fs::path(project).filename().string());
-  EXPECT_EQ(mine["ports"], json::array({port}));
-  EXPECT_GT(mine["memory_mb"].get<int64_t>(), 0);
-  EXPECT_EQ(mine["building"], false);
   // Whoever runs the tests started it, and the server's caller is found above the same tests.
   EXPECT_EQ(mine["can_stop"], true);
-  EXPECT_FALSE(mine.contains("why_not"));
 
   // What can be freed depends on the machine; a dry run only ever says what it would stop.
   const ToolReply plan = toolReply(lines[1]);

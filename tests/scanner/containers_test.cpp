@@ -5,7 +5,6 @@
 #include "scanner/memory_size.h"
 #include "scanner/tools.h"
 #include "support/fake_programs.h"
-#include "support/process.h"
 
 namespace corvane {
 namespace {

@@ -6,8 +6,6 @@
 #include <fstream>
 #include <functional>
 #include <plist/plist.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <thread>
 #include <unistd.h>
 
@@ -16,6 +14,7 @@
 #include "platform/docker_socket.h"
 #include "platform/paths.h"
 #include "support/fake_programs.h"
+#include "support/listeners.h"
 
 namespace corvane {
 namespace {
@@ -128,21 +127,6 @@ TEST(ScannerTest, ContainersAreRefreshedInTheBackgroundAtMostEveryTenSeconds) {
   EXPECT_EQ(docker.psCalls(), 2);
 }
 
-// Binds a Unix socket at `path`, as a Docker engine does, for the object's lifetime.
-struct ListeningSocket {
-  explicit ListeningSocket(const std::string& path) : fd(socket(AF_UNIX, SOCK_STREAM, 0)) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    bound = fd >= 0 && bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-  }
-  ~ListeningSocket() {
-    if (fd >= 0) close(fd);
-  }
-  int fd;
-  bool bound = false;
-};
-
 TEST(ScannerTest, WithoutAnEngineTheContainersAreGone) {
   const FakeDocker docker;
   const std::string socketPath = makeTempDir("engine") + "/docker.sock";
@@ -154,8 +138,8 @@ TEST(ScannerTest, WithoutAnEngineTheContainersAreGone) {
   Scanner scanner(docker.tools(), machine.source());
   {
     // No engine process, but an engine's socket.
-    const ListeningSocket engine(socketPath);
-    ASSERT_TRUE(engine.bound);
+    testing_support::Socket engine(AF_UNIX);
+    ASSERT_TRUE(engine.bind(socketPath));
     EXPECT_EQ(containerIds(scanner.scan()), std::vector<std::string>{"container:c1"});
   }
   fs::remove(socketPath);

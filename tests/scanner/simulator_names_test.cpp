@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include "support/fake_programs.h"
-#include "support/process.h"
 
 namespace corvane {
 namespace {

@@ -3,7 +3,6 @@
 #include "platform/defaults.h"
 #include "scanner/tools.h"
 #include "support/fake_programs.h"
-#include "support/process.h"
 
 namespace corvane {
 namespace {

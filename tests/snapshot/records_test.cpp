@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "snapshot/memory.h"
 #include "snapshot/proc.h"
 #include "support/fake_programs.h"
-#include "support/process.h"
 
 namespace corvane {
 namespace {
@@ -96,17 +94,6 @@ TEST(SnapshotTest, RoundTripsThroughAFile) {
   EXPECT_EQ(badProc.error, "Snapshot: process 0: Proc must be a JSON object.");
 }
 
-TEST(PressureTest, LevelsMapAndOrder) {
-  EXPECT_EQ(pressureFromLevel(4), Pressure::critical);
-  EXPECT_EQ(pressureFromLevel(2), Pressure::warning);
-  for (int level : {0, 1, 3, 8, -1}) EXPECT_EQ(pressureFromLevel(level), Pressure::normal);
-  EXPECT_LT(Pressure::normal, Pressure::warning);
-  EXPECT_LT(Pressure::warning, Pressure::critical);
-  EXPECT_EQ(pressureFromRawValue(2), Pressure::warning);
-  EXPECT_FALSE(pressureFromRawValue(3));
-  EXPECT_EQ(pressureName(Pressure::critical), "critical");
-  EXPECT_EQ(pressureName(Memory::pressure()).empty(), false);
-}
 
 }  // namespace
 }  // namespace corvane

@@ -6,7 +6,6 @@
 
 #include "platform/defaults.h"
 #include "support/fake_programs.h"
-#include "support/process.h"
 #include "support/user_files.h"
 
 namespace corvane {

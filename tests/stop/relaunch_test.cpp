@@ -6,7 +6,6 @@
 #include "activity/undo.h"
 #include "scanner/tools.h"
 #include "support/fake_programs.h"
-#include "support/process.h"
 
 namespace corvane {
 namespace {

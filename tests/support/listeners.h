@@ -1,5 +1,5 @@
 #pragma once
-// TCP sockets and ports for servers that a test starts itself.
+// Sockets of the test, and ports for servers that a test starts itself.
 #include <chrono>
 #include <cstdint>
 #include <thread>
@@ -7,7 +7,9 @@
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <netinet/in.h>
+#include <string>
 #include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 namespace corvane::testing_support {
@@ -45,9 +47,17 @@ struct Socket {
     if (family == AF_INET6) setsockopt(fd, IPPROTO_IPV6, IPV6_V6ONLY, &only, sizeof only);
     auto* address = family == AF_INET6 ? reinterpret_cast<sockaddr*>(&v6) : reinterpret_cast<sockaddr*>(&v4);
     socklen_t length = family == AF_INET6 ? sizeof v6 : sizeof v4;
-    if (fd < 0 || bind(fd, address, length) != 0 || ::listen(fd, 16) != 0) return 0;
+    if (fd < 0 || ::bind(fd, address, length) != 0 || ::listen(fd, 16) != 0) return 0;
     getsockname(fd, address, &length);
     return ntohs(family == AF_INET6 ? v6.sin6_port : v4.sin_port);
+  }
+
+  // Binds a Unix socket (of the family AF_UNIX) to `path`, as a Docker engine does.
+  bool bind(const std::string& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    return fd >= 0 && ::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
   }
 
   bool connect(uint16_t port) const {
