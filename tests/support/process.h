@@ -252,11 +252,13 @@ inline ProgramResult runProgram(const std::string& path, const std::vector<std::
   return result;
 }
 
+#ifdef CORVANE_EXE
 // The corvane executable built beside the tests.
 inline ProgramResult runCorvane(const std::vector<std::string>& arguments, const std::string& input = "",
                                 std::map<std::string, std::string> env = {}) {
   return runProgram(CORVANE_EXE, arguments, input, std::move(env));
 }
+#endif
 
 // The path of the system's Python 3, or "" when there is none.
 inline std::string systemPython() {
