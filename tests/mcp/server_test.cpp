@@ -7,7 +7,6 @@
 #include <sstream>
 #include <thread>
 
-
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
