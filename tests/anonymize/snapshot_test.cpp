@@ -58,6 +58,5 @@ TEST(AnonymizeSnapshotTest, AnExecutableIsHashedWhenItsNameIsPrivateAnywhere) {
   EXPECT_EQ(alone.procs[0].name, "shop");
 }
 
-
 }  // namespace
 }  // namespace corvane

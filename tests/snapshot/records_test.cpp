@@ -94,6 +94,5 @@ TEST(SnapshotTest, RoundTripsThroughAFile) {
   EXPECT_EQ(badProc.error, "Snapshot: process 0: Proc must be a JSON object.");
 }
 
-
 }  // namespace
 }  // namespace corvane
