@@ -207,7 +207,7 @@ TEST(ScannerTest, SimulatorsAreTitledWithTheirDeviceNames) {
     std::sort(titles.begin(), titles.end());
     return titles;
   };
-  EXPECT_EQ(titles(), (std::vector<std::string>{"iPhone 16", "Simulator"}));
+  EXPECT_EQ(titles(), (std::vector<std::string>{"Simulator", "iPhone 16"}));
   writeDevicePlist(devices + unnamed, "iPhone SE");
   writeDevicePlist(devices + named, "Renamed");
   machine.taken = at(2);
