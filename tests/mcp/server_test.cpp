@@ -81,8 +81,13 @@ TEST_F(McpTest, AnswersEachRequestAsItArrivesAndEndsWithItsInput) {
   ASSERT_TRUE(hello);
   json result = json::parse(*hello)["result"];
   EXPECT_EQ(result["protocolVersion"], "2025-06-18");
+#ifdef __APPLE__
+  // The Mac reads the version from the app bundle around the program, and this build has none.
+  EXPECT_EQ(result["serverInfo"], (json{{"name", "corvane"}, {"version", "dev"}}));
+#else
   // Without an app bundle the version is the one the build was made with.
   EXPECT_EQ(result["serverInfo"], (json{{"name", "corvane"}, {"version", CORVANE_VERSION}}));
+#endif
 
   // The notification and the empty line get nothing, so the next line is the tool list.
   ASSERT_TRUE(server.writeLine(initialized));
