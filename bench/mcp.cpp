@@ -15,12 +15,12 @@
 
 #include <benchmark/benchmark.h>
 
-#include "support/piped_program.h"
+#include "support/process.h"
 #include "platform/paths.h"
 
 namespace {
 
-using corvane::testing_support::PipedProgram;
+using corvane::testing_support::Process;
 
 std::string corvaneExecutable() {
   if (const char* named = std::getenv("CORVANE_EXE")) return named;
@@ -40,7 +40,7 @@ std::string findFreePort(int id) {
 // The tool discovery of a first run looks up every tool in a login shell and remembers the misses; one
 // session that waits for it leaves the settings as a user's machine has them from then on.
 void settle(const std::string& exe) {
-  PipedProgram server(exe, {"mcp"});
+  Process server(exe, {"mcp"}, {.grace = 5});
   server.writeLine(findFreePort(1));
   server.readLine(60);
 }
@@ -50,7 +50,7 @@ void BM_InitializeReplyAfterSpawn(benchmark::State& state) {
   settle(exe);
   for (auto _ : state) {
     const auto spawned = std::chrono::steady_clock::now();
-    PipedProgram server(exe, {"mcp"});
+    Process server(exe, {"mcp"}, {.grace = 5});
     server.writeLine(initialize);
     const auto reply = server.readLine(10);
     const auto answered = std::chrono::steady_clock::now();
@@ -98,7 +98,7 @@ class TakenPorts {
 
 void BM_FindFreePortPast100Taken(benchmark::State& state) {
   const TakenPorts taken;
-  PipedProgram server(corvaneExecutable(), {"mcp"});
+  Process server(corvaneExecutable(), {"mcp"}, {.grace = 5});
   server.writeLine(initialize);
   // The first tool call also waits for the server's tool discovery: start-up, not the call.
   server.writeLine(findFreePort(2));

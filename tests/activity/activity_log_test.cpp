@@ -1,8 +1,5 @@
 #include "activity/activity_log.h"
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -11,7 +8,8 @@
 
 #include <gtest/gtest.h>
 
-#include "support/run_program.h"
+#include "support/fake_programs.h"
+#include "support/process.h"
 
 namespace corvane {
 namespace {
@@ -80,21 +78,12 @@ TEST(ActivityLogTest, CorruptLineIsDroppedAtTheNextAppend) {
 
 TEST(ActivityLogTest, AppendsFromTwoProcessesAllLand) {
   const ActivityLog log = freshLog(5000);
-  std::vector<pid_t> children;
-  for (const std::string name : {"first", "second"}) {
-    const pid_t pid = fork();
-    ASSERT_GE(pid, 0);
-    if (pid == 0) {  // 100 read-add-write cycles of 5 entries, racing the other process
+  std::vector<std::unique_ptr<testing_support::Process>> writers;
+  for (const std::string name : {"first", "second"})  // 100 read-add-write cycles of 5 entries each, racing
+    writers.push_back(std::make_unique<testing_support::Process>([&log, name] {
       for (int round = 0; round < 100; ++round) log.append(entries(name + std::to_string(round) + ".", 5));
-      _exit(0);
-    }
-    children.push_back(pid);
-  }
-  for (pid_t pid : children) {
-    int status = 0;
-    ASSERT_EQ(waitpid(pid, &status, 0), pid);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
-  }
+    }));
+  for (const auto& writer : writers) EXPECT_EQ(writer->waitExit(60), 0);
   std::set<std::string> ids;
   for (const Activity& a : log.read()) ids.insert(a.id);
   EXPECT_EQ(ids.size(), 1000u);

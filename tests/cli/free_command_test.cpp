@@ -9,16 +9,15 @@
 
 #include "activity/activity_log.h"
 #include "platform/process_table.h"
-#include "support/child_process.h"
+#include "support/process.h"
 #include "support/listeners.h"
-#include "support/run_program.h"
 #include "support/user_files.h"
 
 namespace corvane {
 namespace {
 
 namespace fs = std::filesystem;
-using testing_support::ChildProcess;
+using testing_support::Process;
 using testing_support::ProgramResult;
 
 const std::string nothingToFree =
@@ -46,9 +45,8 @@ class OwnUser {
   bool ready() const { return !home_.empty(); }
   const std::string& home() const { return home_; }
 
-  ProgramResult corvane(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), {"--reuid=" + uid_, "--regid=" + uid_, "--clear-groups", CORVANE_EXE});
-    return testing_support::runProgram(setpriv, arguments, "",
+  ProgramResult corvane(const std::vector<std::string>& arguments) const {
+    return testing_support::runProgram(setpriv, as(CORVANE_EXE, arguments), "",
                                        {{"HOME", home_},
                                         {"XDG_DATA_HOME", home_ + "/data"},
                                         {"XDG_CONFIG_HOME", home_ + "/config"},
@@ -56,29 +54,19 @@ class OwnUser {
   }
 
   // A Gradle daemon as the detection knows it, which may shrug off SIGTERM.
-  std::unique_ptr<ChildProcess> gradleDaemon(const std::string& version, bool stubborn) const {
+  std::unique_ptr<Process> gradleDaemon(const std::string& version, bool stubborn) const {
     const std::string script = std::string("import signal, time\n") +
                                (stubborn ? "signal.signal(signal.SIGTERM, signal.SIG_IGN)\n" : "") +
                                "print('ready', flush=True)\ntime.sleep(120)\n";
-    auto daemon = std::make_unique<ChildProcess>(
-        setpriv,
-        std::vector<std::string>{"setpriv", "--reuid=" + uid_, "--regid=" + uid_, "--clear-groups",
-                                 testing_support::systemPython(), "-c", script,
-                                 "org.gradle.launcher.daemon.bootstrap.GradleDaemon", version},
-        home_);
+    auto daemon = start({"-c", script, "org.gradle.launcher.daemon.bootstrap.GradleDaemon", version});
     EXPECT_EQ(daemon->readLine(), "ready");
     return daemon;
   }
 
   // A Python web server in the user's folder, listening on a port of its own.
-  std::unique_ptr<ChildProcess> server() const {
+  std::unique_ptr<Process> server() const {
     const uint16_t port = testing_support::freePort();
-    auto server = std::make_unique<ChildProcess>(
-        setpriv,
-        std::vector<std::string>{"setpriv", "--reuid=" + uid_, "--regid=" + uid_, "--clear-groups",
-                                 testing_support::systemPython(), "-m", "http.server", std::to_string(port),
-                                 "--bind", "127.0.0.1"},
-        home_);
+    auto server = start({"-m", "http.server", std::to_string(port), "--bind", "127.0.0.1"});
     EXPECT_TRUE(testing_support::listening(port));
     return server;
   }
@@ -88,23 +76,20 @@ class OwnUser {
   static constexpr const char* setpriv = "/usr/bin/setpriv";
 
  private:
+  // The command line that runs `program` with `arguments` as the user.
+  std::vector<std::string> as(const std::string& program, const std::vector<std::string>& arguments) const {
+    std::vector<std::string> line{"--reuid=" + uid_, "--regid=" + uid_, "--clear-groups", program};
+    line.insert(line.end(), arguments.begin(), arguments.end());
+    return line;
+  }
+  std::unique_ptr<Process> start(const std::vector<std::string>& python) const {
+    return std::make_unique<Process>(setpriv, as(testing_support::systemPython(), python),
+                                     testing_support::ProcessOptions{.directory = home_});
+  }
+
   std::string uid_;
   std::string home_;
 };
-
-TEST(FreeCommandTest, DryRunOnThisMachine) {
-  SKIP_WHERE_USER_FILES_CANNOT_MOVE();
-  const auto result = testing_support::runCorvane({"free", "1", "--dry-run"});
-  EXPECT_EQ(result.err, "");
-  if (result.exitCode == 2) {
-    EXPECT_EQ(result.out, nothingToFree);
-    return;
-  }
-  EXPECT_EQ(result.exitCode, 0);
-  ASSERT_EQ(result.out.rfind("Would stop ", 0), 0u) << result.out;
-  EXPECT_EQ(result.out.back(), '\n');
-  EXPECT_EQ(result.out.find("Freed "), std::string::npos);
-}
 
 TEST(FreeCommandTest, ExitCodesOnAUserOfItsOwn) {
   SKIP_WHERE_USER_FILES_CANNOT_MOVE();

@@ -7,21 +7,14 @@
 #include <sstream>
 #include <thread>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include "activity/activity_log.h"
 #include "platform/process_table.h"
-#include "support/child_process.h"
+#include "support/process.h"
 #include "support/fake_programs.h"
 #include "support/listeners.h"
-#include "support/piped_program.h"
-#include "support/run_program.h"
 #include "support/user_files.h"
 
 namespace corvane {
@@ -29,7 +22,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using nlohmann::json;
-using testing_support::PipedProgram;
+using testing_support::Process;
 
 std::string request(int id, const std::string& method, const json& params = nullptr) {
   json r = {{"jsonrpc", "2.0"}, {"id", id}, {"method", method}};
@@ -52,40 +45,17 @@ struct ToolReply {
   bool isError = false;
 };
 
-// The tool result of a reply line; a reply of another shape fails the test. Parsed values are kept
-// mutable throughout: operator[] of a const value is undefined for a missing key, and a server that
-// answers wrongly must fail the test, not crash it.
+// The tool result of a reply line; a reply of another shape fails the test. Parsed values stay mutable:
+// operator[] of a const value is undefined for a missing key, and a wrong answer must fail, not crash.
 ToolReply toolReply(const std::string& line) {
   json reply = json::parse(line, nullptr, false);
   json result = reply.is_object() ? reply["result"] : json();
-  EXPECT_TRUE(result.is_object() && result.size() == 2) << line;
-  json& content = result["content"];
-  EXPECT_EQ(content.size(), 1u) << line;
-  EXPECT_EQ(content[0]["type"], "text") << line;
-  const json& text = content[0]["text"];
+  EXPECT_TRUE(result.is_object() && result.size() == 2 && result["content"].size() == 1 &&
+              result["content"][0]["type"] == "text") << line;
+  const json& text = result["content"][0]["text"];
   return {reply.is_object() ? reply["id"] : json(), text.is_string() ? text.get<std::string>() : "",
           result["isError"] == true};
 }
-
-// A port that a listener of the test holds on every IPv4 address until the object goes.
-class HeldPort {
- public:
-  HeldPort() : fd_(socket(AF_INET, SOCK_STREAM, 0)) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_ANY);
-    socklen_t length = sizeof address;
-    if (bind(fd_, reinterpret_cast<sockaddr*>(&address), length) == 0 && listen(fd_, 1) == 0 &&
-        getsockname(fd_, reinterpret_cast<sockaddr*>(&address), &length) == 0)
-      port_ = ntohs(address.sin_port);
-  }
-  ~HeldPort() { close(fd_); }
-  uint16_t port() const { return port_; }
-
- private:
-  int fd_;
-  uint16_t port_ = 0;
-};
 
 // "Port N is free." gives N; anything else 0.
 unsigned freePortIn(const std::string& text) {
@@ -93,27 +63,17 @@ unsigned freePortIn(const std::string& text) {
   return std::regex_match(text, m, std::regex("Port ([0-9]+) is free\\.")) ? std::stoul(m[1]) : 0;
 }
 
-// Each test gets its own activity log and defaults suite, which the executable finds through the
-// inherited environment, and a login shell that finds no tools at once: a real one may read a slow
-// profile for each of the four tools the server looks up before its first tool call.
-class McpTest : public testing::Test {
+// Each test gets its own log and suite, and a login shell that finds no tools at once: a real one may
+// read a slow profile for each of the four tools the server looks up before its first tool call.
+class McpTest : public testing::Test, protected testing_support::OwnFolders {
  protected:
-  McpTest()
-      : root(fs::canonical(testing_support::makeTempDir("mcp"))),
-        data("XDG_DATA_HOME", root + "/data"),
-        config("XDG_CONFIG_HOME", root + "/config"),
-        shell("SHELL", testing_support::writeScript(root + "/bin/login-shell", "exit 1\n")) {}
-
   void SetUp() override { SKIP_WHERE_USER_FILES_CANNOT_MOVE(); }
 
-  bool logTouched() const { return fs::exists(root + "/data/Corvane"); }
-
-  const std::string root;
-  testing_support::ScopedEnv data, config, shell;
+  testing_support::ScopedEnv shell{"SHELL", testing_support::writeScript(root + "/bin/login-shell", "exit 1\n")};
 };
 
 TEST_F(McpTest, AnswersEachRequestAsItArrivesAndEndsWithItsInput) {
-  PipedProgram server(CORVANE_EXE, {"mcp"});
+  Process server(CORVANE_EXE, {"mcp"});
   ASSERT_GT(server.pid(), 0);
 
   ASSERT_TRUE(server.writeLine(initialize));
@@ -141,16 +101,18 @@ TEST_F(McpTest, AnswersEachRequestAsItArrivesAndEndsWithItsInput) {
   for (auto& tool : reply["result"]["tools"]) names.push_back(tool["name"]);
   EXPECT_EQ(names, (std::vector<std::string>{"list_running", "stop", "free_memory", "find_free_port"}));
 
-  const HeldPort held;
-  ASSERT_GT(held.port(), 0);
-  ASSERT_TRUE(server.writeLine(toolCall(3, "find_free_port", {{"start", held.port()}})));
+  // A port held on every IPv4 address.
+  testing_support::Socket socket;
+  const uint16_t held = socket.listen(0, true);
+  ASSERT_GT(held, 0);
+  ASSERT_TRUE(server.writeLine(toolCall(3, "find_free_port", {{"start", held}})));
   ASSERT_TRUE(server.writeLine(toolCall(4, "find_free_port")));
   const auto afterHeld = server.readLine(30), fromDefault = server.readLine();
   ASSERT_TRUE(afterHeld && fromDefault);
   const ToolReply pastHeld = toolReply(*afterHeld), first = toolReply(*fromDefault);
   EXPECT_EQ(pastHeld.id, 3);
   EXPECT_FALSE(pastHeld.isError);
-  EXPECT_GT(freePortIn(pastHeld.text), held.port()) << pastHeld.text;
+  EXPECT_GT(freePortIn(pastHeld.text), held) << pastHeld.text;
   EXPECT_EQ(first.id, 4);
   EXPECT_GE(freePortIn(first.text), 3000u) << first.text;
 
@@ -169,7 +131,7 @@ TEST_F(McpTest, EndOfInputEndsTheToolLookupStillRunning) {
       "SHELL", testing_support::writeScript(root + "/bin/slow-shell", "sleep 30 &\necho \"$$ $!\" > " + pids +
                                                                           ".part && mv " + pids + ".part " + pids +
                                                                           "\nwait\n"));
-  PipedProgram server(CORVANE_EXE, {"mcp"});
+  Process server(CORVANE_EXE, {"mcp"});
   ASSERT_GT(server.pid(), 0);
   for (int i = 0; i < 200 && !fs::exists(pids); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(50));
   std::istringstream started(testing_support::readFile(pids));
@@ -193,11 +155,6 @@ TEST_F(McpTest, TheLastReplyIsWrittenBeforeExitAndBlankInputGetsNothing) {
   EXPECT_EQ(ended.out, "{\"id\":9,\"jsonrpc\":\"2.0\",\"result\":{}}\n");
   EXPECT_EQ(ended.err, "");
 
-  // A NUL byte is part of the line, and JSON has no room for one: the ping before it is not answered.
-  using namespace std::string_literals;
-  const auto nul = testing_support::runCorvane({"mcp"}, "{\"id\":1,\"method\":\"ping\"}\0garbage\n"s);
-  EXPECT_EQ(nul.out, "{\"error\":{\"code\":-32700,\"message\":\"Parse error\"},\"id\":null,\"jsonrpc\":\"2.0\"}\n");
-
   const auto blank = testing_support::runCorvane({"mcp"}, "\n\r\n\n");
   EXPECT_EQ(blank.exitCode, 0);
   EXPECT_EQ(blank.out, "");
@@ -213,20 +170,14 @@ class McpDevServerTest : public McpTest {
     if (python.empty()) GTEST_SKIP() << "needs python3";
   }
 
-  std::string makeProject() {
-    const std::string project = fs::canonical(testing_support::makeTempDir("site"));
-    fs::create_directories(project + "/.git");
-    return project;
-  }
-
   const std::string python = testing_support::systemPython();
 };
 
 TEST_F(McpDevServerTest, ListsTheServerAndPlansFreeingWithoutStoppingIt) {
   const std::string project = makeProject();
   const uint16_t port = testing_support::freePort();
-  testing_support::ChildProcess site(
-      python, {"python3", "-m", "http.server", std::to_string(port), "--bind", "127.0.0.1"}, project);
+  testing_support::Process site(
+      python, {"-m", "http.server", std::to_string(port), "--bind", "127.0.0.1"}, {.directory = project});
   ASSERT_TRUE(testing_support::listening(port));
 
   const auto run = testing_support::runCorvane(
@@ -242,21 +193,14 @@ TEST_F(McpDevServerTest, ListsTheServerAndPlansFreeingWithoutStoppingIt) {
   EXPECT_FALSE(listing.isError);
   json running = json::parse(listing.text, nullptr, false);
   ASSERT_TRUE(running.is_object()) << listing.text;
-  EXPECT_TRUE(running["pressure"] == "normal" || running["pressure"] == "warning" || running["pressure"] == "critical");
-  EXPECT_TRUE(running["dev_stack_gb"].is_number());
   json mine;
   for (auto& row : running["rows"])
     if (row["id"] == "server:" + std::to_string(site.pid())) mine = row;
   ASSERT_TRUE(mine.is_object()) << listing.text;
   EXPECT_EQ(mine["title"], "Python :" + std::to_string(port));
-  EXPECT_EQ(mine["kind"], "server");
   EXPECT_EQ(mine["project"], fs::path(project).filename().string());
-  EXPECT_EQ(mine["ports"], json::array({port}));
-  EXPECT_GT(mine["memory_mb"].get<int64_t>(), 0);
-  EXPECT_EQ(mine["building"], false);
   // Whoever runs the tests started it, and the server's caller is found above the same tests.
   EXPECT_EQ(mine["can_stop"], true);
-  EXPECT_FALSE(mine.contains("why_not"));
 
   // What can be freed depends on the machine; a dry run only ever says what it would stop.
   const ToolReply plan = toolReply(lines[1]);
@@ -273,13 +217,13 @@ TEST_F(McpDevServerTest, ListsTheServerAndPlansFreeingWithoutStoppingIt) {
 class McpCallerTest : public McpDevServerTest {
  protected:
   // Starts the agent `name` ("claude", "codex") with the script's arguments.
-  std::unique_ptr<PipedProgram> agent(const std::string& name, const std::vector<std::string>& arguments) {
+  std::unique_ptr<Process> agent(const std::string& name, const std::vector<std::string>& arguments) {
     const std::string bin = root + "/bin", path = bin + "/" + name;
     fs::create_directories(bin);
     if (!fs::exists(path)) fs::copy_file(fs::canonical(python), path);
     std::vector<std::string> all{CORVANE_FIXTURES "/fake_agent.py"};
     all.insert(all.end(), arguments.begin(), arguments.end());
-    return std::make_unique<PipedProgram>(path, all);
+    return std::make_unique<Process>(path, all, testing_support::ProcessOptions{.grace = 5});
   }
 
   std::vector<std::string> serving(uint16_t port, const std::string& directory) const {
@@ -287,7 +231,7 @@ class McpCallerTest : public McpDevServerTest {
   }
 
   // What the agent printed next, as JSON; null when it printed nothing in time.
-  static json said(PipedProgram& agent, double seconds = 10) {
+  static json said(Process& agent, double seconds = 10) {
     const auto line = agent.readLine(seconds);
     return line ? json::parse(*line, nullptr, false) : json();
   }

@@ -7,27 +7,6 @@ namespace {
 
 using nlohmann::json;
 
-TEST(ToolsTest, ListInOrderWithSchemasAndHints) {
-  const json& list = tools();
-  ASSERT_EQ(list.size(), 4u);
-  std::vector<std::string> names;
-  for (const auto& t : list) {
-    names.push_back(t["name"]);
-    EXPECT_EQ(t["inputSchema"]["type"], "object");
-    EXPECT_EQ(t["inputSchema"]["additionalProperties"], false);
-    EXPECT_EQ(t["annotations"]["openWorldHint"], false);
-  }
-  EXPECT_EQ(names, (std::vector<std::string>{"list_running", "stop", "free_memory", "find_free_port"}));
-  EXPECT_FALSE(list[0]["inputSchema"].contains("properties"));
-  EXPECT_FALSE(list[0]["inputSchema"].contains("required"));
-  EXPECT_EQ(list[2]["inputSchema"]["properties"]["gb"]["exclusiveMinimum"].dump(), "0");
-  EXPECT_EQ(list[3]["inputSchema"]["properties"]["start"],
-            json::parse(R"({"type":"integer","minimum":1,"maximum":65535,"default":3000})"));
-  EXPECT_EQ(list[1]["annotations"],
-            json::parse(R"({"destructiveHint":true,"idempotentHint":true,"openWorldHint":false})"));
-  EXPECT_FALSE(list[3]["inputSchema"].contains("required"));
-}
-
 TEST(ToolsTest, ParseArguments) {
   auto args = [](const char* text) { return json::parse(text); };
   EXPECT_EQ(parse("stop", args(R"({"target":8080})"))->target, "8080");

@@ -5,7 +5,6 @@
 #include "scanner/memory_size.h"
 #include "tools/tools.h"
 #include "support/fake_programs.h"
-#include "support/run_program.h"
 
 namespace corvane {
 namespace {

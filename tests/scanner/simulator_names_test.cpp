@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include "support/fake_programs.h"
-#include "support/run_program.h"
 
 namespace corvane {
 namespace {

@@ -2,16 +2,13 @@
 #include "snapshot/reader.h"
 
 #include <algorithm>
-#include <arpa/inet.h>
 #include <csignal>
-#include <filesystem>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <set>
-#include <netinet/in.h>
 #include <sstream>
-#include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
 #ifdef __linux__
@@ -21,68 +18,17 @@
 #include <gmock/gmock.h>
 
 #include "platform/process_table.h"
-#include "support/child_process.h"
-#include "support/run_program.h"
+#include "support/fake_programs.h"
+#include "support/listeners.h"
+#include "support/process.h"
 
 namespace corvane {
 namespace {
 
-using testing_support::ChildProcess;
+using testing_support::Process;
 using ::testing::ElementsAre;
-
-// Sockets must not leak into the programs the tests start, or those would listen on them too.
-int closingOnExec(int fd) {
-  if (fd >= 0) fcntl(fd, F_SETFD, FD_CLOEXEC);
-  return fd;
-}
-
-// A TCP socket that closes when the test ends.
-struct Socket {
-  explicit Socket(int family) : fd(closingOnExec(socket(family, SOCK_STREAM, 0))) {}
-  explicit Socket(int accepted, bool) : fd(accepted) {}
-  ~Socket() {
-    if (fd >= 0) close(fd);
-  }
-  Socket(const Socket&) = delete;
-  int fd;
-};
-
-// Listens on loopback, or on every address for a dual-stack IPv6 socket; the port, 0 on failure.
-uint16_t listenOn(const Socket& s, int family, uint16_t port, bool v6Only = true) {
-  sockaddr_in v4{};
-  sockaddr_in6 v6{};
-  v4.sin_family = AF_INET;
-  v4.sin_port = htons(port);
-  v4.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  v6.sin6_family = AF_INET6;
-  v6.sin6_port = htons(port);
-  v6.sin6_addr = v6Only ? in6addr_loopback : in6addr_any;
-  int only = v6Only ? 1 : 0;
-  if (family == AF_INET6) setsockopt(s.fd, IPPROTO_IPV6, IPV6_V6ONLY, &only, sizeof only);
-  auto* address = family == AF_INET6 ? reinterpret_cast<sockaddr*>(&v6) : reinterpret_cast<sockaddr*>(&v4);
-  socklen_t length = family == AF_INET6 ? sizeof v6 : sizeof v4;
-  if (bind(s.fd, address, length) != 0 || listen(s.fd, 16) != 0) return 0;
-  getsockname(s.fd, address, &length);
-  return ntohs(family == AF_INET6 ? v6.sin6_port : v4.sin_port);
-}
-
-bool connectTo(const Socket& s, uint16_t port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(port);
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  return connect(s.fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-}
-
-uint16_t freePort() { return listenOn(Socket(AF_INET), AF_INET, 0); }
-
-bool waitUntilListening(uint16_t port) {
-  for (int attempt = 0; attempt < 200; ++attempt) {
-    if (connectTo(Socket(AF_INET), port)) return true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
-  return false;
-}
+using testing_support::freePort;
+using testing_support::Socket;
 
 const Proc* find(const Snapshot& snapshot, pid_t pid) {
   for (const auto& proc : snapshot.procs)
@@ -95,18 +41,19 @@ TEST(ReaderTest, HttpServerInATemporaryProject) {
   if (python.empty()) GTEST_SKIP() << "no python3";
   const std::string project = std::filesystem::canonical(testing_support::makeTempDir("project"));
   const uint16_t port = freePort();
-  const std::vector<std::string> args{"python3", "-m", "http.server", std::to_string(port), "--bind", "127.0.0.1"};
+  const std::vector<std::string> args{"-m", "http.server", std::to_string(port), "--bind", "127.0.0.1"};
   const Date before = now();
-  ChildProcess server(python, args, project);
+  Process server(python, args, {.directory = project});
   ASSERT_GT(server.pid(), 0);
-  ASSERT_TRUE(waitUntilListening(port));
+  ASSERT_TRUE(testing_support::listening(port));
 
   ArgsCache cache;
   const Snapshot snapshot = corvane::snapshot(cache);
   const Proc* proc = find(snapshot, server.pid());
   ASSERT_NE(proc, nullptr);
   EXPECT_EQ(proc->ppid, getpid());
-  EXPECT_EQ(proc->args, args);
+  EXPECT_EQ(proc->args[0], python);
+  EXPECT_EQ(std::vector(proc->args.begin() + 1, proc->args.end()), args);
   // Started through a link (python3 -> python3.11), it keeps the name it was started under.
   EXPECT_TRUE(std::filesystem::equivalent(proc->path, python));
   EXPECT_EQ(proc->name, lastPathComponent(python));
@@ -130,8 +77,8 @@ TEST(ReaderTest, HttpServerInATemporaryProject) {
 TEST(ReaderTest, InboundCountsAcceptedConnectionsNotOutgoingOnes) {
   const std::string python = testing_support::systemPython();
   if (python.empty()) GTEST_SKIP() << "no python3";
-  Socket database(AF_INET);
-  const uint16_t databasePort = listenOn(database, AF_INET, 0);
+  Socket database;
+  const uint16_t databasePort = database.listen();
   ASSERT_NE(databasePort, 0);
   const char* script =
       "import socket, sys, time\n"
@@ -143,13 +90,13 @@ TEST(ReaderTest, InboundCountsAcceptedConnectionsNotOutgoingOnes) {
       "accepted = [server.accept()[0] for _ in range(3)]\n"
       "print('ready', flush=True)\n"
       "time.sleep(60)\n";
-  ChildProcess server(python, {"python3", "-c", script, std::to_string(databasePort)});
+  Process server(python, {"-c", script, std::to_string(databasePort)});
   ASSERT_GT(server.pid(), 0);
-  const std::string portLine = server.readLine();
+  const std::string portLine = server.readLine().value_or("");
   ASSERT_FALSE(portLine.empty());
   const auto port = static_cast<uint16_t>(std::stoi(portLine));
-  Socket clients[] = {Socket(AF_INET), Socket(AF_INET), Socket(AF_INET)};
-  for (const auto& client : clients) ASSERT_TRUE(connectTo(client, port));
+  Socket clients[3];
+  for (const auto& client : clients) ASSERT_TRUE(client.connect(port));
   ASSERT_EQ(server.readLine(), "ready");
 
   ArgsCache cache;
@@ -183,16 +130,16 @@ TEST(ReaderTest, ForkedWorkersShowTheSocketsTheyShare) {
       "    if os.fork() == 0: live('grandchild', worker)\n"
       "    live('worker', master)\n"
       "time.sleep(60)\n";
-  ChildProcess server(python, {"python3", "-c", script});
+  Process server(python, {"-c", script});
   ASSERT_GT(server.pid(), 0);
-  std::istringstream portLine(server.readLine());
+  std::istringstream portLine(server.readLine().value_or(""));
   uint16_t first = 0, second = 0;
   ASSERT_TRUE(portLine >> first >> second);
-  Socket client(AF_INET);
-  ASSERT_TRUE(connectTo(client, first));
+  Socket client;
+  ASSERT_TRUE(client.connect(first));
   std::map<std::string, pid_t> forks;
   for (int i = 0; i < 3; ++i) {
-    const std::string text = server.readLine();
+    const std::string text = server.readLine().value_or("");
     std::istringstream line(text);
     std::string role;
     pid_t pid = 0;
@@ -226,16 +173,15 @@ TEST(ReaderTest, ForkedWorkersShowTheSocketsTheyShare) {
 }
 
 TEST(ReaderTest, PortOverIPv4AndIPv6CountsOnce) {
-  Socket v4(AF_INET), v6(AF_INET6), dualStack(AF_INET6);
-  const uint16_t port = listenOn(v4, AF_INET, 0);
+  Socket v4, v6(AF_INET6), dualStack(AF_INET6), client;
+  const uint16_t port = v4.listen();
   ASSERT_NE(port, 0);
-  if (v6.fd < 0 || listenOn(v6, AF_INET6, port) != port) GTEST_SKIP() << "no IPv6 loopback";
+  if (v6.fd < 0 || v6.listen(port) != port) GTEST_SKIP() << "no IPv6 loopback";
   // A dual-stack listener and its IPv4 connection show in the IPv6 table only.
-  const uint16_t dualPort = listenOn(dualStack, AF_INET6, 0, false);
+  const uint16_t dualPort = dualStack.listen(0, true);
   ASSERT_NE(dualPort, 0);
-  Socket client(AF_INET);
-  ASSERT_TRUE(connectTo(client, dualPort));
-  Socket accepted(closingOnExec(accept(dualStack.fd, nullptr, nullptr)), true);
+  ASSERT_TRUE(client.connect(dualPort));
+  const Socket accepted = dualStack.accepted();
   ASSERT_GE(accepted.fd, 0);
 
   ArgsCache cache;
@@ -248,7 +194,7 @@ TEST(ReaderTest, PortOverIPv4AndIPv6CountsOnce) {
 }
 
 TEST(ReaderTest, ArgsCacheHoldsExactlyTheProcessesOfTheLastSnapshot) {
-  ChildProcess sleeper("/bin/sleep", {"sleep", "60"});
+  Process sleeper("/bin/sleep", {"60"});
   ASSERT_GT(sleeper.pid(), 0);
   const int32_t vanished = 0x7ffffff0;  // above any pid_max
   ArgsCache cache;
@@ -258,7 +204,7 @@ TEST(ReaderTest, ArgsCacheHoldsExactlyTheProcessesOfTheLastSnapshot) {
   Snapshot snapshot = corvane::snapshot(cache);
   const Proc* proc = find(snapshot, sleeper.pid());
   ASSERT_NE(proc, nullptr);
-  EXPECT_THAT(proc->args, ElementsAre("sleep", "60"));
+  EXPECT_THAT(proc->args, ElementsAre("/bin/sleep", "60"));
   ASSERT_TRUE(cache.contains(sleeper.pid()));
   EXPECT_EQ(cache[sleeper.pid()].started, proc->started);
   EXPECT_EQ(cache[sleeper.pid()].args, proc->args);
@@ -278,7 +224,7 @@ TEST(ReaderTest, ZombieIsRecordedWithEmptyReadings) {
 #ifndef __linux__
   GTEST_SKIP() << "only Linux lists zombies among the user's processes";
 #endif
-  ChildProcess zombie([] {});
+  Process zombie([] {});
   ASSERT_GT(zombie.pid(), 0);
   for (int i = 0; i < 200 && !platform::processGone(zombie.pid()); ++i)
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -316,7 +262,7 @@ void rewriteTitle(const std::string& title) {
 
 TEST(ReaderTest, ARemovedFolderAndARewrittenTitleReadAsTheyWere) {
   const std::string folder = std::filesystem::canonical(testing_support::makeTempDir("gone"));
-  ChildProcess child([&] {
+  Process child([&] {
     if (chdir(folder.c_str()) != 0) _exit(1);
     rewriteTitle("worker");
     prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -345,13 +291,13 @@ TEST(ReaderTest, ARemovedFolderAndARewrittenTitleReadAsTheyWere) {
 TEST(ReaderTest, OnlyTheUsersOwnProcesses) {
   const uid_t user = getuid();
   std::vector<pid_t> others;
-  std::vector<std::unique_ptr<ChildProcess>> children;
+  std::vector<std::unique_ptr<Process>> children;
 #ifdef __linux__
   if (user == 0) {
     // Another user throughout, and another real user behind root as the effective one (whose /proc
     // entry shows root, like a setuid program's).
     for (const uid_t effective : {65534, 0}) {
-      children.push_back(std::make_unique<ChildProcess>([effective] {
+      children.push_back(std::make_unique<Process>([effective] {
         if (setresgid(65534, 65534, 65534) != 0 || setresuid(65534, effective, effective) != 0) _exit(1);
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         pause();

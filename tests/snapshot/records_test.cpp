@@ -1,8 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "snapshot/memory.h"
 #include "snapshot/proc.h"
-#include "support/run_program.h"
+#include "support/fake_programs.h"
 
 namespace corvane {
 namespace {
@@ -93,18 +92,6 @@ TEST(SnapshotTest, RoundTripsThroughAFile) {
   EXPECT_EQ(noProcs.error, "Snapshot: the key \"procs\" is missing.");
   auto badProc = decodeSnapshot(json{{"taken", "2026-03-01T09:15:00Z"}, {"procs", {1}}});
   EXPECT_EQ(badProc.error, "Snapshot: process 0: Proc must be a JSON object.");
-}
-
-TEST(PressureTest, LevelsMapAndOrder) {
-  EXPECT_EQ(pressureFromLevel(4), Pressure::critical);
-  EXPECT_EQ(pressureFromLevel(2), Pressure::warning);
-  for (int level : {0, 1, 3, 8, -1}) EXPECT_EQ(pressureFromLevel(level), Pressure::normal);
-  EXPECT_LT(Pressure::normal, Pressure::warning);
-  EXPECT_LT(Pressure::warning, Pressure::critical);
-  EXPECT_EQ(pressureFromRawValue(2), Pressure::warning);
-  EXPECT_FALSE(pressureFromRawValue(3));
-  EXPECT_EQ(pressureName(Pressure::critical), "critical");
-  EXPECT_EQ(pressureName(Memory::pressure()).empty(), false);
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/defaults.h"
-#include "support/run_program.h"
+#include "support/fake_programs.h"
 #include "support/user_files.h"
 
 namespace corvane {

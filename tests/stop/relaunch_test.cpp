@@ -6,7 +6,6 @@
 #include "activity/undo.h"
 #include "tools/tools.h"
 #include "support/fake_programs.h"
-#include "support/run_program.h"
 
 namespace corvane {
 namespace {

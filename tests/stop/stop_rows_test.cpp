@@ -7,9 +7,8 @@
 
 #include "activity/activity_log.h"
 #include "platform/process_table.h"
-#include "support/child_process.h"
+#include "support/process.h"
 #include "support/fake_programs.h"
-#include "support/run_program.h"
 #include "support/user_files.h"
 
 namespace corvane {
@@ -42,7 +41,7 @@ TEST_F(StopRowsTest, OutcomesInFinishingOrderAndOneEntryPerStop) {
   Tools tools;
   // The slow container finishes last although it comes first.
   tools.paths["docker"] = writeScript(dir + "/docker", "case \"$2\" in slow) sleep 1 ;; bad) exit 1 ;; esac\n");
-  testing_support::ChildProcess server("/bin/sleep", {"sleep", "60"});
+  testing_support::Process server("/bin/sleep", {"60"});
   Item process;
   process.id = "server:" + std::to_string(server.pid());
   process.title = "Python :8000";

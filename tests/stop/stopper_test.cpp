@@ -7,14 +7,13 @@
 
 #include "platform/process_table.h"
 #include "platform/signals.h"
-#include "support/child_process.h"
+#include "support/process.h"
 #include "support/fake_programs.h"
-#include "support/run_program.h"
 
 namespace corvane {
 namespace {
 
-using testing_support::ChildProcess;
+using testing_support::Process;
 using testing_support::readFile;
 using testing_support::writeScript;
 using Result = Stopper::Result;
@@ -43,22 +42,22 @@ platform::ScannedProcess scanned(pid_t pid) { return {pid, platform::processStar
 
 // A process that shrugs off SIGTERM; it has set that up by the time the constructor returns.
 struct Stubborn {
-  ChildProcess process{testing_support::systemPython(),
-                       {"python3", "-c",
+  Process process{testing_support::systemPython(),
+                       {"-c",
                         "import signal, time\nsignal.signal(signal.SIGTERM, signal.SIG_IGN)\n"
                         "print('ready', flush=True)\ntime.sleep(600)\n"}};
   Stubborn() { EXPECT_EQ(process.readLine(), "ready"); }
 };
 
-struct Sleeper : ChildProcess {
-  Sleeper() : ChildProcess("/bin/sleep", {"sleep", "60"}) {}
+struct Sleeper : Process {
+  Sleeper() : Process("/bin/sleep", {"60"}) {}
 };
 
 // `sleep` run under another user id, returned once that user owns it; null unless this is root.
-std::unique_ptr<ChildProcess> sleeperOfAnotherUser() {
+std::unique_ptr<Process> sleeperOfAnotherUser() {
   if (getuid() != 0) return nullptr;
   const uid_t other = 40000 + static_cast<uid_t>(getpid() % 20000);
-  auto child = std::make_unique<ChildProcess>([other] {
+  auto child = std::make_unique<Process>([other] {
     if (setgid(other) == 0 && setuid(other) == 0)  // as root, both set the real, effective and saved ids
       execl("/bin/sleep", "sleep", "60", static_cast<char*>(nullptr));
   });
@@ -80,7 +79,7 @@ TEST(MayStopTest, NeverThisProgramItsParentOrTheFirstPids) {
 
 TEST(MayStopTest, NeverAnotherUsersProcessOrASystemProgram) {
   // logsave waits for the command it runs, so it stays a process whose program lies in /usr/sbin.
-  ChildProcess system("/usr/sbin/logsave", {"logsave", "/dev/null", "/bin/sleep", "60"});
+  Process system("/usr/sbin/logsave", {"/dev/null", "/bin/sleep", "60"});
   ASSERT_GT(system.pid(), 0);
   EXPECT_FALSE(Stopper::mayStop(system.pid()));
   EXPECT_EQ(stopNow(rowOf({system.pid()}), {}, true, 1), notOurs);
@@ -115,7 +114,7 @@ TEST(StopperTest, OnlyTheProcessesTheScanSaw) {
 }
 
 TEST(WaitGoneTest, ExitedCountsAsGoneBeforeItIsReaped) {
-  ChildProcess exited([] {});  // a zombie until the test reaps it
+  Process exited([] {});  // a zombie until the test reaps it
   Sleeper sleeper;
   EXPECT_TRUE(Stopper::waitGone({}, 0));
   EXPECT_TRUE(Stopper::waitGone({scanned(exited.pid())}, 5));

@@ -6,8 +6,16 @@
 #include <fstream>
 #include <optional>
 #include <string>
+#include <unistd.h>
 
 namespace corvane::testing_support {
+
+// A fresh empty directory under the test process's temporary root.
+inline std::string makeTempDir(const std::string& prefix) {
+  const char* tmp = std::getenv("TMPDIR");
+  std::string pattern = std::string(tmp ? tmp : "/tmp") + "/" + prefix + "-XXXXXX";
+  return mkdtemp(pattern.data()) ? pattern : std::string();
+}
 
 // Writes "#!/bin/sh" and `body` to `path` (making its directory) and makes it executable.
 inline std::string writeScript(const std::string& path, const std::string& body) {

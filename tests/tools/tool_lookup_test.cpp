@@ -3,7 +3,6 @@
 #include "platform/defaults.h"
 #include "tools/tools.h"
 #include "support/fake_programs.h"
-#include "support/run_program.h"
 
 namespace corvane {
 namespace {

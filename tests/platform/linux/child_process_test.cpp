@@ -2,8 +2,6 @@
 
 #include <chrono>
 #include <filesystem>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <thread>
 #include <unistd.h>
 
@@ -11,7 +9,7 @@
 
 #include "platform/docker_socket.h"
 #include "support/fake_programs.h"
-#include "support/run_program.h"
+#include "support/listeners.h"
 
 namespace corvane::platform {
 namespace {
@@ -52,17 +50,13 @@ TEST(DockerSocketTest, FoundThroughDockerHostOrRuntimeDirectory) {
   writeScript(dir + "/docker.sock", "");  // a plain file of that name is no engine
   if (!systemSocket) EXPECT_FALSE(dockerSocketExists());
 
-  const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  (dir + "/engine.sock").copy(address.sun_path, sizeof address.sun_path - 1);
-  ASSERT_EQ(bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  testing_support::Socket engine(AF_UNIX);
+  ASSERT_TRUE(engine.bind(dir + "/engine.sock"));
   EXPECT_TRUE(dockerSocketExists());
   {
     testing_support::ScopedEnv tcp("DOCKER_HOST", "tcp://" + dir + "/engine.sock");
     if (!systemSocket) EXPECT_FALSE(dockerSocketExists());
   }
-  close(fd);
 }
 
 }  // namespace

@@ -2,15 +2,13 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <fstream>
 #include <plist/plist.h>
 
 #include <gtest/gtest.h>
 
 #include "support/fake_programs.h"
-#include "support/run_program.h"
+#include "support/process.h"
 
 namespace corvane::platform {
 namespace {
@@ -133,27 +131,17 @@ TEST(DefaultsTest, MissesWrittenIntoABinarySuiteKeepEveryOtherValue) {
   EXPECT_EQ(formOf(after, true), formOf(others(), true));
 }
 
-}  // namespace
-}  // namespace corvane::platform
-
-namespace corvane::platform {
-namespace {
-
 // In a child process of its own, since closing is for the rest of the process's life.
 TEST(DefaultsTest, NoWritesOnceClosed) {
   const std::string dir = testing_support::makeTempDir("closed");
-  const pid_t child = fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {
+  testing_support::Process child([&] {
     const DefaultsStore store(dir + "/suite.plist");
     const bool before = store.writeDictionary("pins", {{"a", std::string("b")}});
     closeDefaults();
     const bool after = store.writeDictionary("pins", {{"c", std::string("d")}});
     _exit(before && !after && store.readDictionary("pins")->count("a") == 1 ? 0 : 1);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+  });
+  EXPECT_EQ(child.waitExit(), 0);
 }
 
 }  // namespace

@@ -1,11 +1,11 @@
 #include "platform/linux/tcp_table.h"
 
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
+
+#include "support/listeners.h"
 
 namespace corvane::platform::linux_proc {
 namespace {
@@ -45,28 +45,19 @@ TEST(TcpTableTest, ProcNetTcpRowsOfTheUserInListenAndEstablished) {
 
 // Both ways of reading see a socket of this process with the same port and state.
 TEST(TcpTableTest, NetlinkAndProcFilesAgree) {
-  const int listener = socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  ASSERT_GE(listener, 0);
-  sockaddr_in6 address{};
-  address.sin6_family = AF_INET6;
-  address.sin6_addr = in6addr_loopback;
-  if (bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 || listen(listener, 4) != 0) {
-    close(listener);
-    GTEST_SKIP() << "no IPv6 loopback";
-  }
-  socklen_t length = sizeof address;
-  getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length);
+  testing_support::Socket listener(AF_INET6);
+  const uint16_t port = listener.listen();
+  if (port == 0) GTEST_SKIP() << "no IPv6 loopback";
   struct stat info;
-  ASSERT_EQ(fstat(listener, &info), 0);
+  ASSERT_EQ(fstat(listener.fd, &info), 0);
   const uint64_t inode = info.st_ino;
 
   const auto fromNetlink = readTcpTableFromNetlink(getuid());
   const auto fromFiles = readTcpTableFromProcFiles(getuid());
-  close(listener);
   ASSERT_TRUE(fromNetlink);
   for (const TcpTable* table : {&*fromNetlink, &fromFiles}) {
     ASSERT_TRUE(table->contains(inode));
-    EXPECT_EQ(table->at(inode).port, ntohs(address.sin6_port));
+    EXPECT_EQ(table->at(inode).port, port);
     EXPECT_TRUE(table->at(inode).listening);
   }
 }
