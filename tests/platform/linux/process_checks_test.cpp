@@ -1,14 +1,65 @@
 // What the stopper asks about single processes.
 #include "platform/process_table.h"
 
+#include <fstream>
+#include <memory>
+#include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include "platform/paths.h"
+#include "platform/signals.h"
+#include "stop/stopper.h"
+#include "support/process.h"
 
 namespace corvane::platform {
 namespace {
+
+using testing_support::Process;
+
+std::unique_ptr<Process> sleeper() {
+  return std::make_unique<Process>("/bin/sleep", std::vector<std::string>{"60"});
+}
+
+// A new process that is given `pid`, through the pid the kernel handed out last (root only); null
+// when that can't be done, or other processes keep taking the pid first.
+std::unique_ptr<Process> sleeperWithPid(pid_t pid) {
+  for (int attempt = 0; attempt < 50; ++attempt) {
+    {
+      std::ofstream last("/proc/sys/kernel/ns_last_pid");
+      if (!(last << pid - 1 << std::flush)) return nullptr;
+    }
+    auto child = sleeper();
+    if (child->pid() == pid) return child;
+  }
+  return nullptr;
+}
+
+// The scan saw one process; by the stop its pid names another. Whatever the stop, that other process
+// is never signalled, and the scanned one counts as gone.
+TEST(ProcessChecksTest, AReusedPidIsNeverSignalled) {
+  if (getuid() != 0) GTEST_SKIP() << "needs root to choose the next pid";
+  auto first = sleeper();
+  const ScannedProcess seen{first->pid(), processStarted(first->pid()).value_or(Date{})};
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));  // start times count in clock ticks
+  first.reset();  // killed and reaped: its pid is free
+  const auto reuser = sleeperWithPid(seen.pid);
+  if (!reuser) GTEST_SKIP() << "could not get pid " << seen.pid << " given out again";
+  ASSERT_NE(processStarted(seen.pid), seen.started);
+
+  EXPECT_TRUE(processGone(seen));
+  EXPECT_EQ(sendSignal(seen, StopSignal::kill), SignalResult::gone);
+  Item row;
+  row.title = "Reused";
+  row.pids = {seen.pid};
+  row.stop = Stop::signal();
+  for (bool force : {false, true})
+    EXPECT_EQ(Stopper::stop(row, {{seen.pid, seen.started}}, {}, force, 1), Stopper::Result::stopped());
+  EXPECT_FALSE(processGone(seen.pid));
+  EXPECT_FALSE(processGone({seen.pid, *processStarted(seen.pid)}));
+}
 
 TEST(ProcessChecksTest, OwnerIsTheRealUserAndTheExecutable) {
   const auto self = processOwner(getpid());
