@@ -28,19 +28,5 @@ TEST(ExecutableTest, HelpUsageAndGigabytesGoToTheirStreams) {
   EXPECT_EQ(gigabytes, "free takes gigabytes, e.g. `corvane free 2`.\n");
 }
 
-TEST(ExecutableTest, UsageTextIsSixteenLinesWithDescriptionsInColumn36) {
-  std::vector<std::string> lines;
-  const std::string text(usageText);
-  size_t pos = 0;
-  for (size_t nl; (nl = text.find('\n', pos)) != std::string::npos; pos = nl + 1)
-    lines.push_back(text.substr(pos, nl - pos));
-  lines.push_back(text.substr(pos));
-  ASSERT_EQ(lines.size(), 16u);
-  for (int i : {3, 4, 6, 8}) {
-    EXPECT_EQ(lines[i].find_first_not_of(' ', 2), 2u);
-    EXPECT_EQ(lines[i].find_first_not_of(' ', lines[i].find("   ")), 35u) << lines[i];
-  }
-}
-
 }  // namespace
 }  // namespace corvane
