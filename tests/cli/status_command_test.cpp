@@ -32,7 +32,6 @@ TEST(StatusCommandTest, ListsADevServerUnderItsProject) {
 
   const auto text = runCorvane({"status"});
   EXPECT_EQ(text.exitCode, 0) << text.err;
-  EXPECT_EQ(text.out.rfind("Dev stack ", 0), 0u);
   // No other row is in the test's own project, so the server's line follows the group's heading.
   const std::string server = "server:" + std::to_string(web.pid());
   const size_t start = text.out.find("\nshop\n  Python :" + std::to_string(port) + " ");
@@ -46,8 +45,6 @@ TEST(StatusCommandTest, ListsADevServerUnderItsProject) {
   for (const auto& item : nlohmann::json::parse(json.out))
     if (item["id"] == server) row = item;
   EXPECT_EQ(row["project"], "shop") << json.out;
-  EXPECT_EQ(row["cwd"], root + "/shop/web");
-  EXPECT_EQ(row["ports"], nlohmann::json::array({port}));
 }
 
 }  // namespace
