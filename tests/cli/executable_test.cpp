@@ -14,12 +14,10 @@ TEST(ExecutableTest, HelpUsageAndGigabytesGoToTheirStreams) {
     int exitCode;
     std::string out, err;
   };
-  for (const Case& c : std::vector<Case>{{{}, 0, usage, ""},
-                                         {{"stop", "--help"}, 0, usage, ""},
+  // Which vectors ask for which is the parser's table; here, where each answer goes.
+  for (const Case& c : std::vector<Case>{{{"stop", "--help"}, 0, usage, ""},
                                          {{"help", "status"}, 64, "", usage},
-                                         {{"STATUS"}, 64, "", usage},
-                                         {{"free", "1024"}, 64, "", gigabytes},
-                                         {{"free", "2 "}, 64, "", gigabytes}}) {
+                                         {{"free", "1024"}, 64, "", gigabytes}}) {
     const auto r = testing_support::runCorvane(c.args);
     EXPECT_EQ(r.exitCode, c.exitCode) << r.err;
     EXPECT_EQ(r.out, c.out);

@@ -57,12 +57,5 @@ TEST_F(StopRowsTest, OutcomesInFinishingOrderAndOneEntryPerStop) {
   for (const Activity& entry : entries) EXPECT_EQ(entry.reason, "corvane stop");
 }
 
-TEST_F(StopRowsTest, NothingStoppedLeavesTheLogAlone) {
-  EXPECT_TRUE(stopRows({}, {}, StopMode::polite, "corvane free", {}).empty());
-  const auto outcomes = stopRows({containerRow("web", {"w"})}, {}, StopMode::force, "corvane free", {});
-  EXPECT_EQ(outcomes, std::vector{makeOutcome(containerRow("web", {}), Outcome::State::failed, "docker not found.")});
-  EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(log.path).parent_path()));
-}
-
 }  // namespace
 }  // namespace corvane
