@@ -5,16 +5,10 @@
 namespace corvane {
 namespace {
 
-Item row(std::string id, Item::Kind kind, std::string title, uint64_t memory) {
-  Item item;
-  item.id = std::move(id);
-  item.key = item.id;
-  item.kind = kind;
-  item.title = std::move(title);
-  item.memory = memory;
-  item.stop = Stop::signal();
-  item.pids = {1};
-  return item;
+Item row(std::string id, Item::Kind kind, std::string title, uint64_t memory,
+         std::optional<std::string> project = std::nullopt) {
+  return {.id = id, .key = id, .kind = kind, .title = std::move(title), .project = std::move(project),
+          .pids = {1}, .memory = memory, .stop = Stop::signal()};
 }
 
 TEST(StatusReportTest, RowLineColumnsAndMarks) {
@@ -29,8 +23,9 @@ TEST(StatusReportTest, RowLineColumnsAndMarks) {
   engine.stop.reset();
   engine.guarded = true;
   engine.startedBy = "iTerm";
-  EXPECT_EQ(rowLine(engine, true), "  " + std::string(34, 'x') + " 1234.5 GB  docker \xC2\xB7 started by iTerm \xC2\xB7 "
-                                   "pinned \xC2\xB7 guarded \xC2\xB7 not stoppable \xC2\xB7 1 proc \xC2\xB7 docker:OrbStack");
+  EXPECT_EQ(rowLine(engine, true), "  " + std::string(34, 'x') + " 1234.5 GB  docker \xC2\xB7 started by iTerm "
+                                   "\xC2\xB7 pinned \xC2\xB7 guarded \xC2\xB7 not stoppable \xC2\xB7 1 proc \xC2\xB7 "
+                                   "docker:OrbStack");
 
   Item big = row("db:1", Item::Kind::database, "abc", 123'400'000'000ULL);
   EXPECT_EQ(rowLine(big, false).substr(0, 2 + 34 + 1 + 8 + 2), "  abc" + std::string(31, ' ') + " 123.4 GB  ");
@@ -58,50 +53,42 @@ TEST(StatusReportTest, TitlesCountUTF16Units) {
   EXPECT_EQ(rowLine(short_, false).substr(2, 7 + 29 + 1), "e\xCC\x81" "cole" + std::string(29, ' ') + " ");
 }
 
+// The report's body after its first line: "|heading:" for a group, "." for each row under it.
+std::string outline(const std::string& text) {
+  std::string outline;
+  for (size_t pos = text.find("\n\n") + 2; pos < text.size();) {
+    const size_t end = text.find('\n', pos);
+    outline += text[pos] == ' ' ? "." : "|" + text.substr(pos, end - pos) + ":";
+    pos = end + 1;
+  }
+  return outline;
+}
+
 TEST(StatusReportTest, GroupsFollowTheComposedFormOfTheirNames) {
   // In scan order; "école" once with a combining accent, once with U+00E9; 한 once as jamo.
   const char* projects[] = {"shop-web", "e\xCC\x81" "cole", "caf\xC3\xA9", "fox", "\xC3\xA9" "cole", "Zed",
                             "\xE1\x84\x92\xE1\x85\xA1\xE1\x86\xAB", "\xED\x95\x9C"};
   std::vector<Item> items;
-  for (const char* project : projects) {
-    items.push_back(row(std::string("server:") + std::to_string(items.size()), Item::Kind::server, "S", 1));
-    items.back().project = project;
-  }
-  const std::string text = statusText(items, {}, Pressure::normal, 0, 0);
-  std::string headings;
-  for (size_t pos = text.find("\n\n") + 2; pos < text.size();) {
-    const size_t end = text.find('\n', pos);
-    headings += text[pos] == ' ' ? "." : "|" + text.substr(pos, end - pos) + ":";
-    pos = end + 1;
-  }
+  for (const char* project : projects)
+    items.push_back(row("server:" + std::to_string(items.size()), Item::Kind::server, "S", 1, project));
   // A group's heading is spelt as its first row's project.
-  EXPECT_EQ(headings, "|Zed:.|caf\xC3\xA9:.|fox:.|shop-web:.|e\xCC\x81" "cole:..|\xE1\x84\x92\xE1\x85\xA1\xE1\x86\xAB:..");
+  EXPECT_EQ(outline(statusText(items, {}, Pressure::normal, 0, 0)),
+            "|Zed:.|caf\xC3\xA9:.|fox:.|shop-web:.|e\xCC\x81" "cole:..|\xE1\x84\x92\xE1\x85\xA1\xE1\x86\xAB:..");
 }
 
 TEST(StatusReportTest, GroupsSortedByStringRowsByMemoryStable) {
-  Item zed = row("a", Item::Kind::server, "A", 5);
-  zed.project = "Zed";
-  Item api1 = row("b", Item::Kind::server, "B", 1'000'000'000);
-  api1.project = "api";
-  Item api2 = row("c", Item::Kind::tunnel, "C", 3'000'000'000);
-  api2.project = "api";
-  Item api3 = row("d", Item::Kind::server, "D", 1'000'000'000);
-  api3.project = "api";
-  Item db = row("e", Item::Kind::database, "Redis :6379", 7);
-  Item container = row("f", Item::Kind::container, "web-1", 2'000'000'000);
+  const Item zed = row("a", Item::Kind::server, "A", 5, "Zed");
+  const Item api1 = row("b", Item::Kind::server, "B", 1'000'000'000, "api");
+  const Item api2 = row("c", Item::Kind::tunnel, "C", 3'000'000'000, "api");
+  const Item api3 = row("d", Item::Kind::server, "D", 1'000'000'000, "api");
+  const Item db = row("e", Item::Kind::database, "Redis :6379", 7);
+  Item container = row("f", Item::Kind::container, "web-1", 2'000'000'000, "Docker");
   container.counted = false;
-  container.project = "Docker";
-  Item engine = row("g", Item::Kind::docker, "Docker Engine", 100'000'000);
+  const Item engine = row("g", Item::Kind::docker, "Docker Engine", 100'000'000);
 
   std::string text = statusText({zed, api1, api2, api3, db, container, engine}, {}, Pressure::warning,
                                 2'500'000'000, 0.4129);
-  std::string expectedGroups;
-  for (size_t pos = text.find("\n\n") + 2; pos < text.size();) {
-    size_t end = text.find('\n', pos);
-    if (text[pos] != ' ') expectedGroups += text.substr(pos, end - pos) + "|";
-    pos = end + 1;
-  }
-  EXPECT_EQ(expectedGroups, "Databases|Docker|Zed|api|");
+  EXPECT_EQ(outline(text), "|Databases:.|Docker:..|Zed:.|api:...");
   EXPECT_EQ(text.substr(0, text.find('\n')),
             "Dev stack 5.1 GB \xC2\xB7 pressure warning \xC2\xB7 swap 2.5 GB \xC2\xB7 scanned in 412 ms");
   EXPECT_LT(text.find("  C "), text.find("  B "));

@@ -3,7 +3,6 @@
 
 #include "mcp/caller.h"
 #include "mcp/rows.h"
-#include "stop/planner.h"
 
 namespace corvane::MCP {
 namespace {
@@ -45,17 +44,9 @@ TEST(CallerTest, FindsTheAgentAboveTheServerUnlessAnAppIsInBetween) {
   EXPECT_FALSE(caller(s, 300));                      // a ppid cycle ends the walk
 }
 
-Item item(std::string id, uint64_t memory, bool counted = true) {
-  Item i;
-  i.id = id;
-  i.key = id;
-  i.title = "T/" + id;
-  i.kind = counted ? Item::Kind::server : Item::Kind::container;
-  i.memory = memory;
-  i.counted = counted;
-  i.stop = Stop::signal();
-  i.pids = {1};
-  return i;
+Item item(const std::string& id, uint64_t memory, bool counted = true) {
+  return {.id = id, .key = id, .kind = counted ? Item::Kind::server : Item::Kind::container, .title = "T/" + id,
+          .pids = {1}, .memory = memory, .counted = counted, .stop = Stop::signal()};
 }
 
 TEST(ListRunningTest, SnakeCaseRowsAndRoundedTotal) {
@@ -80,19 +71,6 @@ TEST(ListRunningTest, SnakeCaseRowsAndRoundedTotal) {
   EXPECT_FALSE(listing["rows"][1].contains("why_not"));
   EXPECT_EQ(listing["rows"][2]["why_not"], "pinned");
   EXPECT_NE(listRunningText(rows, Pressure::normal).find("T\\/server:1"), std::string::npos);
-}
-
-TEST(ListRunningTest, QuietRows) {
-  Item busy = item("a", 1);
-  busy.cpu = 0.04;
-  EXPECT_TRUE(isQuiet(busy));
-  busy.inbound = 1;
-  EXPECT_FALSE(isQuiet(busy));
-  busy.idleSince = Date{};
-  EXPECT_TRUE(isQuiet(busy));
-  Item building = item("b", 1);
-  building.building = true;
-  EXPECT_FALSE(isQuiet(building));
 }
 
 }  // namespace

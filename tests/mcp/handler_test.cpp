@@ -17,6 +17,8 @@ struct Recorder {
   }
 };
 
+const std::string parseError = R"({"error":{"code":-32700,"message":"Parse error"},"id":null,"jsonrpc":"2.0"})";
+
 std::optional<json> send(const std::string& line, Recorder* recorder = nullptr) {
   Recorder local;
   auto reply = handle(line, "1.2", (recorder ? recorder : &local)->runner());
@@ -26,29 +28,25 @@ std::optional<json> send(const std::string& line, Recorder* recorder = nullptr) 
 }
 
 TEST(HandlerTest, ErrorTable) {
-  EXPECT_EQ(handle("{", "1", nullptr), R"({"error":{"code":-32700,"message":"Parse error"},"id":null,"jsonrpc":"2.0"})");
-  EXPECT_EQ(send("   ")->at("error")["code"], -32700);
-  EXPECT_EQ(send("42")->at("error")["code"], -32700);
-  EXPECT_EQ(send("\"ping\"")->at("error")["code"], -32700);
-  EXPECT_EQ(send("{\"id\":1,\"method\":\"p\xff\"}")->at("error")["code"], -32700);
   using namespace std::string_literals;
-  for (const std::string& nul : {"{\"id\":1,\"method\":\"ping\"}\0garbage"s, "{\"id\":1,\"method\":\"ping\"}\0"s,
-                                 "{\"id\":1,\"method\":\"pi\0ng\"}"s, "\0"s})
-    EXPECT_EQ(handle(nul, "1", nullptr), R"({"error":{"code":-32700,"message":"Parse error"},"id":null,"jsonrpc":"2.0"})");
+  for (const std::string& line : {"{"s, "   "s, "42"s, "\"ping\""s, "{\"id\":1,\"method\":\"p\xff\"}"s,
+                                  "{\"id\":1,\"method\":\"ping\"}\0garbage"s, "{\"id\":1,\"method\":\"ping\"}\0"s,
+                                  "{\"id\":1,\"method\":\"pi\0ng\"}"s, "\0"s})
+    EXPECT_EQ(handle(line, "1", nullptr), parseError) << line;
 
   auto batch = send(R"([{"jsonrpc":"2.0","id":1,"method":"ping"}])");
   EXPECT_EQ(*batch, json::parse(R"({"error":{"code":-32600,"message":"Invalid request"},"id":null,"jsonrpc":"2.0"})"));
   EXPECT_EQ(*send(R"({"id":7})"),
             json::parse(R"({"error":{"code":-32600,"message":"Invalid request"},"id":7,"jsonrpc":"2.0"})"));
   EXPECT_EQ(send(R"({"id":7,"method":3})")->at("error")["code"], -32600);
-  EXPECT_EQ(send(R"({"id":"a","method":"resources/list"})")->at("error")["message"], "Method not found: resources/list");
+  EXPECT_EQ(send(R"({"id":"a","method":"resources/list"})")->at("error")["message"],
+            "Method not found: resources/list");
   EXPECT_EQ(send(R"({"id":1,"method":"tools/call","params":{}})")->at("error")["message"], "Unknown tool: ");
   EXPECT_EQ(send(R"({"id":1,"method":"tools/call","params":{"name":"reboot"}})")->at("error")["code"], -32602);
 }
 
 TEST(HandlerTest, NestingBeyond512LevelsIsAParseErrorNotACrash) {
   auto nested = [](int depth) { return std::string(depth, '[') + std::string(depth, ']'); };
-  const std::string parseError = R"({"error":{"code":-32700,"message":"Parse error"},"id":null,"jsonrpc":"2.0"})";
   EXPECT_EQ(handle(R"({"id":)" + nested(200000) + R"(,"method":"ping"})", "1", nullptr), parseError);
   EXPECT_EQ(handle(R"({"id":1,"method":"ping","params":{"x":)" + nested(200000) + "}}", "1", nullptr), parseError);
   // The message, its params and 510 arrays make 512 levels; one more is too many.
@@ -68,7 +66,8 @@ TEST(HandlerTest, NotificationsAreSilent) {
 }
 
 TEST(HandlerTest, PingRepliesWithSortedCompactKeysAndEchoedIds) {
-  EXPECT_EQ(handle(R"({"jsonrpc":"2.0","id":1,"method":"ping"})", "1", nullptr), R"({"id":1,"jsonrpc":"2.0","result":{}})");
+  EXPECT_EQ(handle(R"({"jsonrpc":"2.0","id":1,"method":"ping"})", "1", nullptr),
+            R"({"id":1,"jsonrpc":"2.0","result":{}})");
   EXPECT_EQ(handle(R"({"id":"1","method":"ping"})", "1", nullptr), R"({"id":"1","jsonrpc":"2.0","result":{}})");
   EXPECT_EQ(handle(R"({"id":-3.5,"method":"ping","params":[1]})", "1", nullptr),
             R"({"id":-3.5,"jsonrpc":"2.0","result":{}})");
@@ -86,7 +85,6 @@ TEST(HandlerTest, InitializeNegotiatesTheHandshakeVersion) {
   auto result = send(R"({"id":1,"method":"initialize"})")->at("result");
   EXPECT_EQ(result["serverInfo"], json::parse(R"({"name":"corvane","version":"1.2"})"));
   EXPECT_EQ(result["capabilities"], json::parse(R"({"tools":{}})"));
-  EXPECT_EQ(result["instructions"].get<std::string>().size(), 433u);
   EXPECT_FALSE(result.contains("_meta"));
 }
 
@@ -126,8 +124,8 @@ TEST(HandlerTest, ToolsCallRunsParsedCallsOnly) {
   EXPECT_EQ(r.calls[0].target, "8080");
   EXPECT_EQ(ok->at("result"), json::parse(R"({"content":[{"type":"text","text":"ran/0"}],"isError":false})"));
   // The reply keeps "/" as it is.
-  EXPECT_NE(handle(R"({"id":1,"method":"tools/call","params":{"name":"list_running"}})", "1", r.runner())->find("ran/3"),
-            std::string::npos);
+  const auto running = handle(R"({"id":1,"method":"tools/call","params":{"name":"list_running"}})", "1", r.runner());
+  EXPECT_NE(running->find("ran/3"), std::string::npos);
 
   auto invalid = send(R"({"id":1,"method":"tools/call","params":{"name":"stop","arguments":{"target":""}}})", &r);
   EXPECT_EQ(invalid->at("result"),

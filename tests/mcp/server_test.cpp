@@ -1,6 +1,6 @@
 // `corvane mcp` through the real executable: requests over pipes, and the rule that an agent may stop
 // only what it started itself, with stand-ins for Claude Code and Codex that the tests start. Every call
-// that scans takes at least 2 s, so each test makes as few of them as it can; every stop targets a
+// that scans takes at least 2 s, so the tests make as few of them as they can; every stop targets a
 // server the test started on its own port, so nothing else on the machine is touched.
 #include <filesystem>
 #include <regex>
@@ -39,28 +39,12 @@ const std::string initialize = request(1, "initialize", {{"protocolVersion", "20
                                                         {"clientInfo", {{"name", "test"}, {"version", "1"}}}});
 const std::string initialized = R"({"jsonrpc":"2.0","method":"notifications/initialized"})";
 
-struct ToolReply {
-  json id;
-  std::string text;
-  bool isError = false;
-};
-
-// The tool result of a reply line; a reply of another shape fails the test. Parsed values stay mutable:
-// operator[] of a const value is undefined for a missing key, and a wrong answer must fail, not crash.
-ToolReply toolReply(const std::string& line) {
-  json reply = json::parse(line, nullptr, false);
-  json result = reply.is_object() ? reply["result"] : json();
-  EXPECT_TRUE(result.is_object() && result.size() == 2 && result["content"].size() == 1 &&
-              result["content"][0]["type"] == "text") << line;
-  const json& text = result["content"][0]["text"];
-  return {reply.is_object() ? reply["id"] : json(), text.is_string() ? text.get<std::string>() : "",
-          result["isError"] == true};
-}
-
-// "Port N is free." gives N; anything else 0.
-unsigned freePortIn(const std::string& text) {
-  std::smatch m;
-  return std::regex_match(text, m, std::regex("Port ([0-9]+) is free\\.")) ? std::stoul(m[1]) : 0;
+// What the reply line of a tool call says, "error: " first when the tool failed. The envelope is the
+// handler's; a reply of another shape throws, which fails the test.
+std::string toolText(const std::string& line) {
+  json reply = json::parse(line);
+  json& result = reply.at("result");
+  return (result.at("isError") == true ? "error: " : "") + result.at("content").at(0).at("text").get<std::string>();
 }
 
 // Each test gets its own log and suite, and a login shell that finds no tools at once: a real one may
@@ -73,7 +57,7 @@ class McpTest : public testing::Test, protected testing_support::OwnFolders {
 };
 
 TEST_F(McpTest, AnswersEachRequestAsItArrivesAndEndsWithItsInput) {
-  Process server(CORVANE_EXE, {"mcp"});
+  Process server(CORVANE_EXE, {"mcp"}, {.captureErrors = true});
   ASSERT_GT(server.pid(), 0);
 
   ASSERT_TRUE(server.writeLine(initialize));
@@ -89,35 +73,13 @@ TEST_F(McpTest, AnswersEachRequestAsItArrivesAndEndsWithItsInput) {
   EXPECT_EQ(result["serverInfo"], (json{{"name", "corvane"}, {"version", CORVANE_VERSION}}));
 #endif
 
-  // The notification and the empty line get nothing, so the next line is the tool list.
+  // The notification and the blank lines get nothing; the last request has no newline after it, and
+  // its reply is written before the exit. The tools are listed by the handler's tests and called below.
   ASSERT_TRUE(server.writeLine(initialized));
-  ASSERT_TRUE(server.writeLine(""));
-  ASSERT_TRUE(server.writeLine(request(2, "tools/list")));
-  const auto listed = server.readLine();
-  ASSERT_TRUE(listed);
-  json reply = json::parse(*listed);
-  EXPECT_EQ(reply["id"], 2);
-  std::vector<std::string> names;
-  for (auto& tool : reply["result"]["tools"]) names.push_back(tool["name"]);
-  EXPECT_EQ(names, (std::vector<std::string>{"list_running", "stop", "free_memory", "find_free_port"}));
-
-  // A port held on every IPv4 address.
-  testing_support::Socket socket;
-  const uint16_t held = socket.listen(0, true);
-  ASSERT_GT(held, 0);
-  ASSERT_TRUE(server.writeLine(toolCall(3, "find_free_port", {{"start", held}})));
-  ASSERT_TRUE(server.writeLine(toolCall(4, "find_free_port")));
-  const auto afterHeld = server.readLine(30), fromDefault = server.readLine();
-  ASSERT_TRUE(afterHeld && fromDefault);
-  const ToolReply pastHeld = toolReply(*afterHeld), first = toolReply(*fromDefault);
-  EXPECT_EQ(pastHeld.id, 3);
-  EXPECT_FALSE(pastHeld.isError);
-  EXPECT_GT(freePortIn(pastHeld.text), held) << pastHeld.text;
-  EXPECT_EQ(first.id, 4);
-  EXPECT_GE(freePortIn(first.text), 3000u) << first.text;
-
+  ASSERT_TRUE(server.writeAll("\n\r\n" R"({"id":9,"method":"ping"})"));
   server.closeInput();
-  EXPECT_EQ(server.readToEnd(), "");
+  EXPECT_EQ(server.readToEnd(), "{\"id\":9,\"jsonrpc\":\"2.0\",\"result\":{}}\n");
+  EXPECT_EQ(server.errors(), "");
   EXPECT_EQ(server.waitExit(), 0);
 }
 
@@ -148,21 +110,8 @@ TEST_F(McpTest, EndOfInputEndsTheToolLookupStillRunning) {
   EXPECT_TRUE(fs::is_empty(tmp));
 }
 
-TEST_F(McpTest, TheLastReplyIsWrittenBeforeExitAndBlankInputGetsNothing) {
-  // The last request has no newline after it.
-  const auto ended = testing_support::runCorvane({"mcp"}, "\n\n" + initialized + "\n\n{\"id\":9,\"method\":\"ping\"}");
-  EXPECT_EQ(ended.exitCode, 0);
-  EXPECT_EQ(ended.out, "{\"id\":9,\"jsonrpc\":\"2.0\",\"result\":{}}\n");
-  EXPECT_EQ(ended.err, "");
-
-  const auto blank = testing_support::runCorvane({"mcp"}, "\n\r\n\n");
-  EXPECT_EQ(blank.exitCode, 0);
-  EXPECT_EQ(blank.out, "");
-  EXPECT_EQ(blank.err, "");
-}
-
-// A dev server in a project folder (a repository named like its temporary folder, so unique).
-class McpDevServerTest : public McpTest {
+// Coding agents played by copies of the Python interpreter named like them, running fake_agent.py.
+class McpCallerTest : public McpTest {
  protected:
   void SetUp() override {
     McpTest::SetUp();
@@ -170,52 +119,6 @@ class McpDevServerTest : public McpTest {
     if (python.empty()) GTEST_SKIP() << "needs python3";
   }
 
-  const std::string python = testing_support::systemPython();
-};
-
-TEST_F(McpDevServerTest, ListsTheServerAndPlansFreeingWithoutStoppingIt) {
-  const std::string project = makeProject();
-  const uint16_t port = testing_support::freePort();
-  testing_support::Process site(
-      python, {"-m", "http.server", std::to_string(port), "--bind", "127.0.0.1"}, {.directory = project});
-  ASSERT_TRUE(testing_support::listening(port));
-
-  const auto run = testing_support::runCorvane(
-      {"mcp"}, toolCall(1, "list_running") + "\n" + toolCall(2, "free_memory", {{"gb", 0.5}, {"dry_run", true}}) + "\n");
-  EXPECT_EQ(run.exitCode, 0);
-  EXPECT_EQ(run.err, "");
-  std::vector<std::string> lines;
-  for (size_t at = 0, next; (next = run.out.find('\n', at)) != std::string::npos; at = next + 1)
-    lines.push_back(run.out.substr(at, next - at));
-  ASSERT_EQ(lines.size(), 2u) << run.out;
-
-  const ToolReply listing = toolReply(lines[0]);
-  EXPECT_FALSE(listing.isError);
-  json running = json::parse(listing.text, nullptr, false);
-  ASSERT_TRUE(running.is_object()) << listing.text;
-  json mine;
-  for (auto& row : running["rows"])
-    if (row["id"] == "server:" + std::to_string(site.pid())) mine = row;
-  ASSERT_TRUE(mine.is_object()) << listing.text;
-  EXPECT_EQ(mine["title"], "Python :" + std::to_string(port));
-  EXPECT_EQ(mine["project"], fs::path(project).filename().string());
-  // Whoever runs the tests started it, and the server's caller is found above the same tests.
-  EXPECT_EQ(mine["can_stop"], true);
-
-  // What can be freed depends on the machine; a dry run only ever says what it would stop.
-  const ToolReply plan = toolReply(lines[1]);
-  EXPECT_FALSE(plan.isError);
-  if (plan.text != "Nothing to free: no simulators, emulators or daemons you may stop.") {
-    std::stringstream planned(plan.text);
-    for (std::string line; std::getline(planned, line);) EXPECT_TRUE(line.starts_with("Would stop ")) << plan.text;
-  }
-  EXPECT_FALSE(platform::processGone(site.pid()));
-  EXPECT_FALSE(logTouched());
-}
-
-// Coding agents played by copies of the Python interpreter named like them, running fake_agent.py.
-class McpCallerTest : public McpDevServerTest {
- protected:
   // Starts the agent `name` ("claude", "codex") with the script's arguments.
   std::unique_ptr<Process> agent(const std::string& name, const std::vector<std::string>& arguments) {
     const std::string bin = root + "/bin", path = bin + "/" + name;
@@ -226,68 +129,73 @@ class McpCallerTest : public McpDevServerTest {
     return std::make_unique<Process>(path, all, testing_support::ProcessOptions{.grace = 5});
   }
 
-  std::vector<std::string> serving(uint16_t port, const std::string& directory) const {
-    return {"--serve", python, std::to_string(port), directory};
-  }
-
   // What the agent printed next, as JSON; null when it printed nothing in time.
   static json said(Process& agent, double seconds = 10) {
     const auto line = agent.readLine(seconds);
     return line ? json::parse(*line, nullptr, false) : json();
   }
+
+  const std::string python = testing_support::systemPython();
 };
 
-TEST_F(McpCallerTest, AnAgentStopsTheDevServerItStarted) {
-  const uint16_t port = testing_support::freePort();
-  std::vector<std::string> arguments = serving(port, makeProject());
-  // The port as a number: the same call as its decimal text.
-  arguments.insert(arguments.end(),
-                   {"--mcp", CORVANE_EXE, initialize, initialized, toolCall(2, "stop", {{"target", port}})});
-  const auto claude = agent("claude", arguments);
+// Claude Code runs the server with one call of each tool, beside a dev server that Codex started.
+TEST_F(McpCallerTest, EachToolForAnAgentThatStopsOnlyWhatItStarted) {
+  const uint16_t codexPort = testing_support::freePort(), claudePort = testing_support::freePort();
+  const auto codex = agent("codex", {"--serve", python, std::to_string(codexPort), makeProject()});
+  json codexServer = said(*codex);
+  ASSERT_TRUE(codexServer["server"].is_number()) << codexServer;
 
-  json server = said(*claude);
-  ASSERT_TRUE(server["server"].is_number()) << server;
+  const std::string nothing = fs::path(testing_support::makeTempDir("nothing")).filename();
+  // Its own port as a number: the same call as its decimal text.
+  const auto claude = agent("claude", {"--serve", python, std::to_string(claudePort), makeProject(), "--mcp",
+                                       CORVANE_EXE, initialize, initialized, toolCall(2, "find_free_port"),
+                                       toolCall(3, "list_running"),
+                                       toolCall(4, "free_memory", {{"gb", 0.5}, {"dry_run", true}}),
+                                       toolCall(5, "stop", {{"target", claudePort}}),
+                                       toolCall(6, "stop", {{"target", std::to_string(codexPort)}}),
+                                       toolCall(7, "stop", {{"target", nothing}})});
+  json claudeServer = said(*claude);
+  ASSERT_TRUE(claudeServer["server"].is_number()) << claudeServer;
   json session = said(*claude, 60);
   ASSERT_TRUE(session.is_object()) << "no reply from the agent's server";
   EXPECT_EQ(session["exit"], 0);
   EXPECT_EQ(session["stderr"], "");
-  ASSERT_EQ(session["replies"].size(), 2u) << session;
-  const ToolReply stopped = toolReply(session["replies"][1].get<std::string>());
-  const std::string title = "Python :" + std::to_string(port);
-  EXPECT_EQ(stopped.text, "Stopped " + title + " (0.0 GB).\nFreed 0.0 GB.");
-  EXPECT_FALSE(stopped.isError);
-  EXPECT_EQ(session["server_running"], false);
+  ASSERT_EQ(session["replies"].size(), 7u) << session;
+  std::vector<std::string> replies;  // the tool calls' texts, from id 2 on
+  for (size_t i = 1; i < 7; ++i) replies.push_back(toolText(session["replies"][i].get<std::string>()));
 
+  std::smatch port;
+  ASSERT_TRUE(std::regex_match(replies[0], port, std::regex("Port ([0-9]+) is free\\."))) << replies[0];
+  EXPECT_GE(std::stoul(port[1]), 3000u);
+
+  json running = json::parse(replies[1]), own, others;
+  for (auto& row : running.at("rows")) {
+    if (row["id"] == "server:" + std::to_string(claudeServer["server"].get<int32_t>())) own = row;
+    if (row["id"] == "server:" + std::to_string(codexServer["server"].get<int32_t>())) others = row;
+  }
+  const std::string title = "Python :" + std::to_string(claudePort);
+  EXPECT_EQ(own["title"], title) << replies[1];
+  EXPECT_EQ(own["can_stop"], true);
+  EXPECT_EQ(others["why_not"], "started by another agent (Codex)");
+
+  // What can be freed depends on the machine; a dry run only ever says what it would stop.
+  if (replies[2] != "Nothing to free: no simulators, emulators or daemons you may stop.") {
+    std::stringstream planned(replies[2]);
+    for (std::string line; std::getline(planned, line);) EXPECT_TRUE(line.starts_with("Would stop ")) << replies[2];
+  }
+
+  EXPECT_EQ(replies[3], "Stopped " + title + " (0.0 GB).\nFreed 0.0 GB.");
+  EXPECT_EQ(session["server_running"], false);
+  EXPECT_EQ(replies[4],
+            "error: Left Python :" + std::to_string(codexPort) + " alone: started by another agent (Codex).");
+  EXPECT_EQ(replies[5], "error: Nothing running matches " + nothing + ". list_running shows ids, ports and projects.");
+  EXPECT_FALSE(platform::processGone(codexServer["server"].get<int32_t>()));
+
+  // Only the stop is logged, under the name of the agent that asked for it.
   const auto entries = ActivityLog::standard().read();
   ASSERT_EQ(entries.size(), 1u);
   EXPECT_EQ(entries[0].title, title);
-  EXPECT_EQ(entries[0].kind, Item::Kind::server);
   EXPECT_EQ(entries[0].reason, "Claude Code via MCP");
-}
-
-TEST_F(McpCallerTest, AnAgentLeavesWhatAnotherAgentStartedAlone) {
-  const uint16_t port = testing_support::freePort();
-  const auto codex = agent("codex", serving(port, makeProject()));
-  json server = said(*codex);
-  ASSERT_TRUE(server["server"].is_number()) << server;
-
-  const std::string nothing = fs::path(testing_support::makeTempDir("nothing")).filename();
-  const auto claude = agent("claude", {"--mcp", CORVANE_EXE, toolCall(1, "stop", {{"target", std::to_string(port)}}),
-                                       toolCall(2, "stop", {{"target", nothing}})});
-  json session = said(*claude, 60);
-  ASSERT_TRUE(session.is_object()) << "no reply from the agent's server";
-  EXPECT_EQ(session["exit"], 0);
-  ASSERT_EQ(session["replies"].size(), 2u) << session;
-
-  const ToolReply refused = toolReply(session["replies"][0].get<std::string>());
-  EXPECT_EQ(refused.text, "Left Python :" + std::to_string(port) + " alone: started by another agent (Codex).");
-  EXPECT_TRUE(refused.isError);
-  const ToolReply unmatched = toolReply(session["replies"][1].get<std::string>());
-  EXPECT_EQ(unmatched.text, "Nothing running matches " + nothing + ". list_running shows ids, ports and projects.");
-  EXPECT_TRUE(unmatched.isError);
-
-  EXPECT_FALSE(platform::processGone(server["server"].get<int32_t>()));
-  EXPECT_FALSE(logTouched());
 }
 
 }  // namespace

@@ -27,16 +27,30 @@ TEST(PlannerTest, TargetIsAFloor) {
   EXPECT_TRUE(plan({}, 1).empty());
 }
 
-TEST(PlannerTest, IdleFirstThenBiggestCountedOnly) {
+// Candidates are the quiet rows the caller's rule lets go: idle, or not building, under the CPU bar
+// and serving no connection. Of those, idle rows go first, then the biggest of the kinds always worth freeing.
+TEST(PlannerTest, QuietCandidatesIdleFirstThenBiggestCountedOnly) {
   Item container = row("container", Item::Kind::container, 8'000'000'000, true);
   container.counted = false;
+  Item busy = row("busy", Item::Kind::gradle, 9'000'000'000, false);
+  busy.cpu = quietCores;
+  Item serving = row("serving", Item::Kind::simulator, 9'000'000'000, false);
+  serving.inbound = 1;
+  Item building = row("building", Item::Kind::kotlin, 9'000'000'000, false);
+  building.building = true;
+  Item idleServing = row("idle-serving", Item::Kind::server, 400'000'000, true);
+  idleServing.inbound = 1;
   const std::vector<Item> rows = {
       row("gradle", Item::Kind::gradle, 4'000'000'000, false), row("server", Item::Kind::server, 300'000'000, true),
-      row("busy", Item::Kind::server, 9'000'000'000, false),   row("sim", Item::Kind::simulator, 2'000'000'000, false),
+      row("big", Item::Kind::server, 9'000'000'000, false),    row("sim", Item::Kind::simulator, 2'000'000'000, false),
       row("kotlin-a", Item::Kind::kotlin, 500'000'000, true),  row("kotlin-b", Item::Kind::kotlin, 500'000'000, true),
-      container,
+      row("pinned", Item::Kind::kotlin, 9'000'000'000, true),  container, busy, serving, building, idleServing,
   };
-  EXPECT_EQ(plan(rows, 100'000'000'000), (Ids{"kotlin-a", "kotlin-b", "server", "gradle", "sim"}));
+  const auto refusal = [](const Item& item) {
+    return item.id == "pinned" ? std::optional<std::string>("pinned") : std::nullopt;
+  };
+  EXPECT_EQ(plan(freeCandidates(rows, refusal), 100'000'000'000),
+            (Ids{"kotlin-a", "kotlin-b", "idle-serving", "server", "gradle", "sim"}));
 }
 
 }  // namespace

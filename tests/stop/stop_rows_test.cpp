@@ -17,14 +17,8 @@ namespace {
 using testing_support::writeScript;
 
 Item containerRow(const std::string& id, std::vector<std::string> containers) {
-  Item item;
-  item.id = "container:" + id;
-  item.kind = Item::Kind::container;
-  item.title = id;
-  item.memory = 300'000'000;
-  item.counted = false;
-  item.stop = Stop::containers(std::move(containers));
-  return item;
+  return {.id = "container:" + id, .kind = Item::Kind::container, .title = id, .memory = 300'000'000,
+          .counted = false, .stop = Stop::containers(std::move(containers))};
 }
 
 class StopRowsTest : public testing::Test {
@@ -42,43 +36,25 @@ TEST_F(StopRowsTest, OutcomesInFinishingOrderAndOneEntryPerStop) {
   // The slow container finishes last although it comes first.
   tools.paths["docker"] = writeScript(dir + "/docker", "case \"$2\" in slow) sleep 1 ;; bad) exit 1 ;; esac\n");
   testing_support::Process server("/bin/sleep", {"60"});
-  Item process;
-  process.id = "server:" + std::to_string(server.pid());
-  process.title = "Python :8000";
-  process.pids = {server.pid()};
-  process.memory = 1'200'000'000;
-  process.stop = Stop::signal();
+  const Item process{.id = "server:" + std::to_string(server.pid()), .title = "Python :8000",
+                     .pids = {server.pid()}, .memory = 1'200'000'000, .stop = Stop::signal()};
 
   const StartTimes started = {{server.pid(), platform::processStarted(server.pid()).value()}};
   const auto outcomes = stopRows({containerRow("db", {"slow", "x"}), containerRow("web", {"bad"}), process}, started,
                                  StopMode::polite, "corvane stop", tools);
   ASSERT_EQ(outcomes.size(), 3u);
   EXPECT_EQ(outcomes[2], makeOutcome(containerRow("db", {}), Outcome::State::stopped));
-  EXPECT_EQ(outcomes[2].memory, 0u);
   const auto failed = makeOutcome(containerRow("web", {}), Outcome::State::failed, "docker stop failed.");
   const auto stopped = makeOutcome(process, Outcome::State::stopped);
   EXPECT_TRUE((outcomes[0] == failed && outcomes[1] == stopped) || (outcomes[0] == stopped && outcomes[1] == failed));
 
+  // What each entry holds is the activity's own; here, that only stopped rows are logged.
   const auto entries = log.read();
   ASSERT_EQ(entries.size(), 2u);
   EXPECT_EQ(entries[0].title, "Python :8000");
-  EXPECT_EQ(entries[0].memory, 1'200'000'000u);
-  EXPECT_FALSE(entries[0].undo);
   EXPECT_EQ(entries[1].title, "db");
-  EXPECT_EQ(entries[1].kind, Item::Kind::container);
-  EXPECT_EQ(entries[1].memory, 0u);
   EXPECT_EQ(entries[1].undo, Undo::start({"slow", "x"}));
-  for (const Activity& entry : entries) {
-    EXPECT_EQ(entry.reason, "corvane stop");
-    EXPECT_FALSE(entry.undone);
-  }
-}
-
-TEST_F(StopRowsTest, NothingStoppedLeavesTheLogAlone) {
-  EXPECT_TRUE(stopRows({}, {}, StopMode::polite, "corvane free", {}).empty());
-  const auto outcomes = stopRows({containerRow("web", {"w"})}, {}, StopMode::force, "corvane free", {});
-  EXPECT_EQ(outcomes, std::vector{makeOutcome(containerRow("web", {}), Outcome::State::failed, "docker not found.")});
-  EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(log.path).parent_path()));
+  for (const Activity& entry : entries) EXPECT_EQ(entry.reason, "corvane stop");
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include "platform/process_table.h"
-#include "platform/signals.h"
 #include "support/process.h"
 #include "support/fake_programs.h"
 
@@ -21,11 +20,7 @@ using Result = Stopper::Result;
 const Result notOurs = Result::failed("Test row belongs to the system or another user.");
 
 Item rowOf(std::vector<int32_t> pids, std::optional<Stop> stop = Stop::signal()) {
-  Item item;
-  item.title = "Test row";
-  item.pids = std::move(pids);
-  item.stop = std::move(stop);
-  return item;
+  return {.title = "Test row", .pids = std::move(pids), .stop = std::move(stop)};
 }
 
 bool alive(pid_t pid) { return !platform::processGone(pid); }
@@ -106,10 +101,6 @@ TEST(StopperTest, OnlyTheProcessesTheScanSaw) {
     EXPECT_EQ(Stopper::stop(rowOf({sleeper.pid()}, Stop::emulator(std::nullopt)), earlier, {}, force, 1),
               Result::stopped());
   }
-  EXPECT_EQ(platform::sendSignal({sleeper.pid(), earlier.begin()->second}, platform::StopSignal::kill),
-            platform::SignalResult::gone);
-  EXPECT_TRUE(platform::processGone({sleeper.pid(), earlier.begin()->second}));
-  EXPECT_TRUE(Stopper::waitGone({{sleeper.pid(), earlier.begin()->second}}, 0));
   EXPECT_TRUE(alive(sleeper.pid()));
 }
 
@@ -133,54 +124,41 @@ TEST(StopperTest, SignalsAndTheirWait) {
   EXPECT_EQ(stopNow(row, {}, true, 5), Result::stopped());
 }
 
-TEST(StopperTest, ContainersGoThroughDocker) {
-  const std::string dir = testing_support::makeTempDir("docker");
-  Tools tools;
-  tools.paths["docker"] = writeScript(dir + "/docker", "echo \"$@\" >> " + dir + "/log\n");
-  const Item row = rowOf({}, Stop::containers({"abc123", "def456"}));
-  EXPECT_EQ(stopNow(row, tools, false, 5), Result::stopped());
-  EXPECT_EQ(stopNow(row, tools, true, 5), Result::stopped());
-  EXPECT_EQ(readFile(dir + "/log"), "stop abc123 def456\nkill abc123 def456\n");
-
-  tools.paths["docker"] = writeScript(dir + "/broken", "exit 1\n");
-  EXPECT_EQ(stopNow(row, tools, false, 5), Result::failed("docker stop failed."));
-  EXPECT_EQ(stopNow(row, tools, true, 5), Result::failed("docker kill failed."));
-  EXPECT_EQ(stopNow(row, {}, true, 5), Result::failed("docker not found."));
-}
-
-TEST(StopperTest, SimulatorsShutDownThroughSimctlUnlessForced) {
-  const std::string dir = testing_support::makeTempDir("xcrun");
-  Tools tools;
-  tools.paths["xcrun"] = writeScript(dir + "/xcrun", "echo \"$@\" >> " + dir + "/log\n");
+// Devices and containers are stopped through their tools: fake ones that log their arguments, and
+// broken ones that fail.
+TEST(StopperTest, DevicesAndContainersGoThroughTheirTools) {
+  const std::string dir = testing_support::makeTempDir("tools"), log = dir + "/log";
+  Tools tools, broken;
+  for (const std::string tool : {"docker", "xcrun", "adb"}) {
+    tools.paths[tool] = writeScript(dir + "/" + tool, "echo " + tool + " \"$@\" >> " + log + "\n");
+    broken.paths[tool] = writeScript(dir + "/broken-" + tool, "exit 148\n");
+  }
+  const Item containers = rowOf({}, Stop::containers({"abc123", "def456"}));
   const std::string udid = "5B3E2C1A-0000-4000-8000-00000000ABCD";
-  EXPECT_EQ(stopNow(rowOf({}, Stop::simulator(udid, false)), tools, false, 5), Result::stopped());
+  const Item simulator = rowOf({}, Stop::simulator(udid, false));
+  EXPECT_EQ(stopNow(containers, tools, false, 5), Result::stopped());
+  EXPECT_EQ(stopNow(containers, tools, true, 5), Result::stopped());
+  EXPECT_EQ(stopNow(simulator, tools, false, 5), Result::stopped());
   EXPECT_EQ(stopNow(rowOf({}, Stop::simulator(udid, true)), tools, false, 5), Result::stopped());
+  // Forced, the device's processes are killed and simctl is not asked.
   Sleeper device;
   EXPECT_EQ(stopNow(rowOf({device.pid()}, Stop::simulator(udid, false)), tools, true, 5), Result::stopped());
-  // Forced, the device's processes were killed and simctl was not asked.
-  EXPECT_EQ(readFile(dir + "/log"), "simctl shutdown " + udid + "\nsimctl --set previews shutdown " + udid + "\n");
-
-  tools.paths["xcrun"] = writeScript(dir + "/broken", "exit 148\n");
-  EXPECT_EQ(stopNow(rowOf({}, Stop::simulator(udid, false)), tools, false, 5),
-            Result::failed("simctl couldn't shut down Test row."));
-  EXPECT_EQ(stopNow(rowOf({}, Stop::simulator(udid, false)), {}, false, 5), Result::failed("xcrun not found."));
-}
-
-TEST(StopperTest, EmulatorsAskAdbThenFallBackToSIGTERM) {
-  const std::string dir = testing_support::makeTempDir("adb");
-  Tools tools;
-  tools.paths["adb"] = writeScript(dir + "/adb", "echo \"$@\" >> " + dir + "/log\n");
   // adb said yes: the emulator's processes are waited for, not signalled.
   Stubborn stubborn;
   EXPECT_EQ(stopNow(rowOf({stubborn.process.pid()}, Stop::emulator("emulator-5554")), tools, false, 0.3),
             Result::stillRunning());
+  // Without a serial, or when adb fails, the emulator gets SIGTERM.
   Sleeper withoutSerial, adbFailed;
-  EXPECT_EQ(stopNow(rowOf({withoutSerial.pid()}, Stop::emulator(std::nullopt)), tools, false, 5),
-            Result::stopped());
-  tools.paths["adb"] = writeScript(dir + "/broken", "exit 1\n");
-  EXPECT_EQ(stopNow(rowOf({adbFailed.pid()}, Stop::emulator("emulator-5554")), tools, false, 5),
-            Result::stopped());
-  EXPECT_EQ(readFile(dir + "/log"), "-s emulator-5554 emu kill\n");
+  EXPECT_EQ(stopNow(rowOf({withoutSerial.pid()}, Stop::emulator(std::nullopt)), tools, false, 5), Result::stopped());
+  EXPECT_EQ(stopNow(rowOf({adbFailed.pid()}, Stop::emulator("emulator-5554")), broken, false, 5), Result::stopped());
+  EXPECT_EQ(readFile(log), "docker stop abc123 def456\ndocker kill abc123 def456\nxcrun simctl shutdown " + udid +
+                               "\nxcrun simctl --set previews shutdown " + udid + "\nadb -s emulator-5554 emu kill\n");
+
+  EXPECT_EQ(stopNow(containers, broken, false, 5), Result::failed("docker stop failed."));
+  EXPECT_EQ(stopNow(containers, broken, true, 5), Result::failed("docker kill failed."));
+  EXPECT_EQ(stopNow(simulator, broken, false, 5), Result::failed("simctl couldn't shut down Test row."));
+  EXPECT_EQ(stopNow(containers, {}, true, 5), Result::failed("docker not found."));
+  EXPECT_EQ(stopNow(simulator, {}, false, 5), Result::failed("xcrun not found."));
 }
 
 }  // namespace
