@@ -14,6 +14,7 @@
 
 #include "platform/docker_socket.h"
 #include "platform/paths.h"
+#include "scanner/simulator_names.h"
 #include "support/fake_programs.h"
 #include "support/listeners.h"
 
@@ -153,7 +154,9 @@ TEST(ScannerTest, WithoutAnEngineTheContainersAreGone) {
   EXPECT_EQ(docker.psCalls(), 1);
 }
 
-TEST(ScannerTest, ProjectNamesComeFromTheNearestRepository) {
+// Rows carry the name of the nearest repository above their folder, which the scanner remembers for
+// its life, and their CPU use since an earlier scan.
+TEST(ScannerTest, RowsCarryTheirProjectAndRecentCPUUse) {
   const std::string root = fs::canonical(makeTempDir("projects"));
   fs::create_directories(root + "/app/.git");
   fs::create_directories(root + "/app/src/lib");
@@ -161,27 +164,40 @@ TEST(ScannerTest, ProjectNamesComeFromTheNearestRepository) {
   fs::create_directories(root + "/worktree/src");
   std::ofstream(root + "/worktree/.git") << "gitdir: /elsewhere\n";
 
-  FakeMachine machine;
+  Proc server = process(300, "/usr/bin/node", {"node", "server.js"}, root + "/app/src/lib");
+  server.listening = {3000};
+  server.cpu = 1'000'000'000;
+  FakeMachine machine{{server}};
   Scanner scanner(Tools{}, machine.source());
-  EXPECT_EQ(scanner.projectName(root + "/app/src/lib"), "app");
+  const auto first = scanner.scan();
+  ASSERT_NE(row(first, "server:300"), nullptr);
+  EXPECT_EQ(row(first, "server:300")->project, "app");
+  EXPECT_EQ(row(first, "server:300")->cpu, 0);
+  EXPECT_FALSE(row(first, "server:300")->building);
+  machine.procs[0].cpu += 2'500'000'000;
+  machine.taken = at(5);
+  const auto second = scanner.scan();
+  ASSERT_NE(row(second, "server:300"), nullptr);
+  EXPECT_DOUBLE_EQ(row(second, "server:300")->cpu, 0.5);
+  EXPECT_TRUE(row(second, "server:300")->building);
+
   EXPECT_EQ(scanner.projectName(root + "/app"), "app");
   EXPECT_EQ(scanner.projectName(root + "/worktree/src"), "worktree");
   EXPECT_EQ(scanner.projectName(root + "/plain/src"), "src");
   EXPECT_EQ(scanner.projectName("/"), std::nullopt);
   EXPECT_EQ(scanner.projectName(platform::homeDirectory()), std::nullopt);
-
   // A repository made later is not noticed by this scanner.
   fs::create_directories(root + "/plain/.git");
   EXPECT_EQ(scanner.projectName(root + "/plain/src"), "src");
   EXPECT_EQ(Scanner(Tools{}, machine.source()).projectName(root + "/plain/src"), "plain");
 }
 
-void writeDevicePlist(const std::string& device, const char* name) {
+void writeDevicePlist(const std::string& device, plist_t name, bool binary = true) {
   plist_t root = plist_new_dict();
-  plist_dict_set_item(root, "name", plist_new_string(name));
+  plist_dict_set_item(root, "name", name);
   char* bytes = nullptr;
   uint32_t length = 0;
-  plist_to_bin(root, &bytes, &length);
+  binary ? plist_to_bin(root, &bytes, &length) : plist_to_xml(root, &bytes, &length);
   std::ofstream(device + "/device.plist", std::ios::binary).write(bytes, length);
   std::free(bytes);
   plist_free(root);
@@ -193,7 +209,7 @@ TEST(ScannerTest, SimulatorsAreTitledWithTheirDeviceNames) {
   const std::string named = "0A1B2C3D-4E5F-6071-8293-A4B5C6D7E8F9";
   const std::string unnamed = "FFFFFFFF-0000-1111-2222-333333333333";
   for (const auto& udid : {named, unnamed}) fs::create_directories(devices + udid + "/data/var/run");
-  writeDevicePlist(devices + named, "iPhone 16");
+  writeDevicePlist(devices + named, plist_new_string("iPhone 16"));
 
   const auto launchdSim = [&](int32_t pid, const std::string& udid) {
     return process(pid, "/Library/Developer/CoreSimulator/launchd_sim",
@@ -208,30 +224,37 @@ TEST(ScannerTest, SimulatorsAreTitledWithTheirDeviceNames) {
     return titles;
   };
   EXPECT_EQ(titles(), (std::vector<std::string>{"Simulator", "iPhone 16"}));
-  writeDevicePlist(devices + unnamed, "iPhone SE");
-  writeDevicePlist(devices + named, "Renamed");
+  writeDevicePlist(devices + unnamed, plist_new_string("iPhone SE"));
+  writeDevicePlist(devices + named, plist_new_string("Renamed"));
   machine.taken = at(2);
   EXPECT_EQ(titles(), (std::vector<std::string>{"iPhone 16", "iPhone SE"}));
 }
 
-TEST(ScannerTest, RowsCarryRecentCPUUse) {
-  Proc server = process(300, "/usr/bin/node", {"node", "server.js"}, "/nonexistent/web");
-  server.listening = {3000};
-  server.cpu = 1'000'000'000;
-  FakeMachine machine{{server}};
-  Scanner scanner(Tools{}, machine.source());
-  const auto first = scanner.scan();
-  ASSERT_NE(row(first, "server:300"), nullptr);
-  EXPECT_EQ(row(first, "server:300")->project, "web");
-  EXPECT_EQ(row(first, "server:300")->cpu, 0);
-  EXPECT_FALSE(row(first, "server:300")->building);
+TEST(SimulatorNameTest, NameFromTheDevicePlist) {
+  const std::string udid = "0A1B2C3D-4E5F-6071-8293-A4B5C6D7E8F9";
+  const std::string devices = makeTempDir("devices");
+  const std::string device = devices + "/" + udid;
+  const std::string inside = device + "/data/var/run/launchd_bootstrap.plist";
+  fs::create_directories(device);
+  EXPECT_EQ(simulatorName(inside, udid), std::nullopt);  // no device.plist yet
 
-  machine.procs[0].cpu += 2'500'000'000;
-  machine.taken = at(5);
-  const auto second = scanner.scan();
-  ASSERT_NE(row(second, "server:300"), nullptr);
-  EXPECT_DOUBLE_EQ(row(second, "server:300")->cpu, 0.5);
-  EXPECT_TRUE(row(second, "server:300")->building);
+  writeDevicePlist(device, plist_new_string("iPhone 16 Pro"), false);
+  EXPECT_EQ(simulatorName(inside, udid), "iPhone 16 Pro");
+  writeDevicePlist(device, plist_new_string("iPad Air"));
+  EXPECT_EQ(simulatorName(inside, udid), "iPad Air");
+  // The UDID must be a whole directory name of the path.
+  EXPECT_EQ(simulatorName(devices + "/x" + udid + "/data", udid), std::nullopt);
+
+  writeDevicePlist(device, plist_new_uint(7));
+  EXPECT_EQ(simulatorName(inside, udid), std::nullopt);
+  std::ofstream(device + "/device.plist") << "name = iPhone\n";
+  EXPECT_EQ(simulatorName(inside, udid), std::nullopt);
+  // A NUL character in a name (here a UTF-16 one) makes the file unreadable.
+  writeDevicePlist(device, plist_new_string("\xC3\xA9~"));
+  std::string bytes = readFile(device + "/device.plist");
+  std::replace(bytes.begin(), bytes.end(), '~', '\0');
+  std::ofstream(device + "/device.plist", std::ios::binary) << bytes;
+  EXPECT_EQ(simulatorName(inside, udid), std::nullopt);
 }
 
 }  // namespace
