@@ -15,6 +15,22 @@ namespace {
 
 using testing_support::readFile;
 
+std::string formOf(plist_t root, bool binary) {
+  char* bytes = nullptr;
+  uint32_t length = 0;
+  binary ? plist_to_bin(root, &bytes, &length) : plist_to_xml(root, &bytes, &length);
+  std::string form(bytes, length);
+  std::free(bytes);
+  plist_free(root);
+  return form;
+}
+
+plist_t dictOf(std::initializer_list<std::pair<const char*, plist_t>> items) {
+  plist_t dict = plist_new_dict();
+  for (const auto& [key, value] : items) plist_dict_set_item(dict, key, value);
+  return dict;
+}
+
 TEST(DefaultsTest, WritesAreXMLAndKeepTheOtherKeys) {
   const std::string dir = testing_support::makeTempDir("defaults");
   const DefaultsStore store(dir + "/new/suite.plist");
@@ -31,20 +47,11 @@ TEST(DefaultsTest, WritesAreXMLAndKeepTheOtherKeys) {
 
 TEST(DefaultsTest, BinarySuitesAreReadAndBrokenOnesLeftAlone) {
   const std::string dir = testing_support::makeTempDir("defaults");
-  plist_t record = plist_new_dict();
-  plist_dict_set_item(record, "when", plist_new_date(0, 0));
-  plist_dict_set_item(record, "count", plist_new_uint(3));
-  plist_t root = plist_new_dict();
-  plist_dict_set_item(root, "record", record);
-  plist_dict_set_item(root, "flat", plist_new_string("x"));
-  char* bytes = nullptr;
-  uint32_t length = 0;
-  plist_to_bin(root, &bytes, &length);
-  std::ofstream(dir + "/suite.plist", std::ios::binary).write(bytes, length);
-  std::free(bytes);
-  plist_free(root);
-
   const DefaultsStore store(dir + "/suite.plist");
+  std::ofstream(store.file(), std::ios::binary) << formOf(
+      dictOf({{"record", dictOf({{"when", plist_new_date(0, 0)}, {"count", plist_new_uint(3)}})},
+              {"flat", plist_new_string("x")}}),
+      true);
   EXPECT_EQ(store.readDictionary("record"),
             (DefaultsDictionary{{"count", std::monostate{}}, {"when", dateFromSeconds(978307200)}}));
   EXPECT_EQ(store.readDictionary("flat"), std::nullopt);
@@ -54,22 +61,6 @@ TEST(DefaultsTest, BinarySuitesAreReadAndBrokenOnesLeftAlone) {
   std::ofstream(dir + "/broken.plist") << "not a property list";
   EXPECT_FALSE(DefaultsStore(dir + "/broken.plist").writeDictionary("pins", {}));
   EXPECT_EQ(readFile(dir + "/broken.plist"), "not a property list");
-}
-
-std::string formOf(plist_t root, bool binary) {
-  char* bytes = nullptr;
-  uint32_t length = 0;
-  binary ? plist_to_bin(root, &bytes, &length) : plist_to_xml(root, &bytes, &length);
-  std::string form(bytes, length);
-  std::free(bytes);
-  plist_free(root);
-  return form;
-}
-
-plist_t dictOf(std::initializer_list<std::pair<const char*, plist_t>> items) {
-  plist_t dict = plist_new_dict();
-  for (const auto& [key, value] : items) plist_dict_set_item(dict, key, value);
-  return dict;
 }
 
 // A NUL character in any string or key makes the whole suite unreadable and leaves it unwritten; so
