@@ -45,7 +45,8 @@ TEST(ActivityTest, JSONFormIsStrict) {
   EXPECT_EQ(decodeActivity(withUndo).value, a);
   // Each undo is an object of exactly one key, the name of its case.
   for (const auto& [undo, form] : std::initializer_list<std::pair<Undo, const char*>>{
-           {Undo::avd("Pixel_8"), R"({"avd": {"_0": "Pixel_8"}})"}, {Undo::start({"a1"}), R"({"start": {"_0": ["a1"]}})"}}) {
+           {Undo::avd("Pixel_8"), R"({"avd": {"_0": "Pixel_8"}})"},
+           {Undo::start({"a1"}), R"({"start": {"_0": ["a1"]}})"}}) {
     a.undo = undo;
     EXPECT_EQ(toJSON(a)["undo"], json::parse(form));
     EXPECT_EQ(decodeActivity(toJSON(a)).value, a);
