@@ -208,14 +208,13 @@ TEST(ScannerTest, SimulatorsAreTitledWithTheirDeviceNames) {
   const std::string devices = makeTempDir("CoreSimulator") + "/Devices/";
   const std::string named = "0A1B2C3D-4E5F-6071-8293-A4B5C6D7E8F9";
   const std::string unnamed = "FFFFFFFF-0000-1111-2222-333333333333";
+  const auto inside = [&](const std::string& udid) { return devices + udid + "/data/var/run/launchd_bootstrap.plist"; };
   for (const auto& udid : {named, unnamed}) fs::create_directories(devices + udid + "/data/var/run");
-  writeDevicePlist(devices + named, plist_new_string("iPhone 16"));
+  EXPECT_EQ(simulatorName(inside(named), named), std::nullopt);  // no device.plist yet
+  writeDevicePlist(devices + named, plist_new_string("iPhone 16"), false);
 
-  const auto launchdSim = [&](int32_t pid, const std::string& udid) {
-    return process(pid, "/Library/Developer/CoreSimulator/launchd_sim",
-                   {"launchd_sim", devices + udid + "/data/var/run/launchd_bootstrap.plist"});
-  };
-  FakeMachine machine{{launchdSim(200, named), launchdSim(202, unnamed)}};
+  FakeMachine machine{{process(200, "/Library/Developer/CoreSimulator/launchd_sim", {"launchd_sim", inside(named)}),
+                       process(202, "/Library/Developer/CoreSimulator/launchd_sim", {"launchd_sim", inside(unnamed)})}};
   Scanner scanner(Tools{}, machine.source());
   const auto titles = [&] {
     std::vector<std::string> titles;
@@ -224,37 +223,26 @@ TEST(ScannerTest, SimulatorsAreTitledWithTheirDeviceNames) {
     return titles;
   };
   EXPECT_EQ(titles(), (std::vector<std::string>{"Simulator", "iPhone 16"}));
-  writeDevicePlist(devices + unnamed, plist_new_string("iPhone SE"));
+  // A binary one, with a name long enough for an extended length.
+  writeDevicePlist(devices + unnamed, plist_new_string("iPad Air (5th generation)"));
   writeDevicePlist(devices + named, plist_new_string("Renamed"));
+  EXPECT_EQ(simulatorName(inside(named), named), "Renamed");
   machine.taken = at(2);
-  EXPECT_EQ(titles(), (std::vector<std::string>{"iPhone 16", "iPhone SE"}));
-}
+  EXPECT_EQ(titles(), (std::vector<std::string>{"iPad Air (5th generation)", "iPhone 16"}));
 
-TEST(SimulatorNameTest, NameFromTheDevicePlist) {
-  const std::string udid = "0A1B2C3D-4E5F-6071-8293-A4B5C6D7E8F9";
-  const std::string devices = makeTempDir("devices");
-  const std::string device = devices + "/" + udid;
-  const std::string inside = device + "/data/var/run/launchd_bootstrap.plist";
-  fs::create_directories(device);
-  EXPECT_EQ(simulatorName(inside, udid), std::nullopt);  // no device.plist yet
-
-  writeDevicePlist(device, plist_new_string("iPhone 16 Pro"), false);
-  EXPECT_EQ(simulatorName(inside, udid), "iPhone 16 Pro");
-  writeDevicePlist(device, plist_new_string("iPad Air"));
-  EXPECT_EQ(simulatorName(inside, udid), "iPad Air");
   // The UDID must be a whole directory name of the path.
-  EXPECT_EQ(simulatorName(devices + "/x" + udid + "/data", udid), std::nullopt);
-
-  writeDevicePlist(device, plist_new_uint(7));
-  EXPECT_EQ(simulatorName(inside, udid), std::nullopt);
-  std::ofstream(device + "/device.plist") << "name = iPhone\n";
-  EXPECT_EQ(simulatorName(inside, udid), std::nullopt);
-  // A NUL character in a name (here a UTF-16 one) makes the file unreadable.
-  writeDevicePlist(device, plist_new_string("\xC3\xA9~"));
-  std::string bytes = readFile(device + "/device.plist");
+  EXPECT_EQ(simulatorName(devices + "x" + named + "/data", named), std::nullopt);
+  // A name that is no string, a file that is no property list, and a NUL character in a name (here a
+  // UTF-16 one) give no name.
+  writeDevicePlist(devices + named, plist_new_uint(7));
+  EXPECT_EQ(simulatorName(inside(named), named), std::nullopt);
+  std::ofstream(devices + named + "/device.plist") << "name = iPhone\n";
+  EXPECT_EQ(simulatorName(inside(named), named), std::nullopt);
+  writeDevicePlist(devices + named, plist_new_string("\xC3\xA9~"));
+  std::string bytes = readFile(devices + named + "/device.plist");
   std::replace(bytes.begin(), bytes.end(), '~', '\0');
-  std::ofstream(device + "/device.plist", std::ios::binary) << bytes;
-  EXPECT_EQ(simulatorName(inside, udid), std::nullopt);
+  std::ofstream(devices + named + "/device.plist", std::ios::binary) << bytes;
+  EXPECT_EQ(simulatorName(inside(named), named), std::nullopt);
 }
 
 }  // namespace
