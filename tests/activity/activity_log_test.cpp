@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <set>
 
 #include <gtest/gtest.h>
@@ -14,6 +13,8 @@
 namespace corvane {
 namespace {
 
+using testing_support::readFile;
+
 std::vector<Activity> entries(const std::string& prefix, int count) {
   std::vector<Activity> result;
   for (int i = 0; i < count; ++i) {
@@ -23,57 +24,42 @@ std::vector<Activity> entries(const std::string& prefix, int count) {
   return result;
 }
 
-std::string contents(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
 ActivityLog freshLog(size_t maxEntries = 2000) {
   return ActivityLog{testing_support::makeTempDir("activity") + "/Corvane/activity.jsonl", maxEntries};
 }
 
-TEST(ActivityLogTest, AppendingNothingCreatesNothing) {
+TEST(ActivityLogTest, CompactLinesNoTrailingNewlineNoCorruptLinesNoMoreThanTheMost) {
   const ActivityLog log = freshLog();
   log.append({});
   EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(log.path).parent_path()));
-}
-
-TEST(ActivityLogTest, CompactLinesWithoutTrailingNewline) {
-  const ActivityLog log = freshLog();
   const auto first = entries("kubectl port-forward svc/api ", 1);
   log.append(first);
   log.append(entries("second", 1));
   EXPECT_TRUE(std::filesystem::exists(log.lockPath()));
-  const std::string text = contents(log.path);
+  const std::string text = readFile(log.path);
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1);
   EXPECT_NE(text.back(), '\n');
   EXPECT_EQ(text.find("\": "), std::string::npos);
   EXPECT_NE(text.find("svc\\/api"), std::string::npos);
   EXPECT_EQ(log.read().front(), first.front());
-}
 
-TEST(ActivityLogTest, FullLogDropsTheOldest) {
-  const ActivityLog log = freshLog();
+  // Lines that don't decode are skipped, and gone once the next append rewrites the file.
+  const size_t split = text.find('\n');
+  std::ofstream(log.path, std::ios::binary) << text.substr(0, split) << "\n\n{\"id\": oops\n{}" << text.substr(split);
+  EXPECT_EQ(log.read().size(), 2u);
+  log.append(entries("new", 1));
+  const std::string rewritten = readFile(log.path);
+  EXPECT_EQ(std::count(rewritten.begin(), rewritten.end(), '\n'), 2);
+  EXPECT_EQ(rewritten.find("oops"), std::string::npos);
+  EXPECT_EQ(log.read().back().title, "new0");
+
+  // A full log drops the oldest.
   log.write(entries("old", 2000));
   log.append(entries("new", 3));
   const auto all = log.read();
   ASSERT_EQ(all.size(), 2000u);
   EXPECT_EQ(all.front().title, "old3");
   EXPECT_EQ(all.back().title, "new2");
-}
-
-TEST(ActivityLogTest, CorruptLineIsDroppedAtTheNextAppend) {
-  const ActivityLog log = freshLog();
-  log.write(entries("", 2));
-  const std::string text = contents(log.path);
-  const size_t split = text.find('\n');
-  std::ofstream(log.path, std::ios::binary) << text.substr(0, split) << "\n\n{\"id\": oops\n{}" << text.substr(split);
-  EXPECT_EQ(log.read().size(), 2u);
-  log.append(entries("new", 1));
-  const std::string rewritten = contents(log.path);
-  EXPECT_EQ(std::count(rewritten.begin(), rewritten.end(), '\n'), 2);
-  EXPECT_EQ(rewritten.find("oops"), std::string::npos);
-  EXPECT_EQ(log.read().back().title, "new0");
 }
 
 TEST(ActivityLogTest, AppendsFromTwoProcessesAllLand) {

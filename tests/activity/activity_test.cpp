@@ -23,15 +23,6 @@ TEST(UndoTest, DerivedFromTheStopMethod) {
   EXPECT_EQ(undoOf("docker:x", std::nullopt), std::nullopt);
 }
 
-TEST(UndoTest, JSONHasExactlyOneKey) {
-  EXPECT_EQ(toJSON(Undo::avd("Pixel_8")), json::parse(R"({"avd": {"_0": "Pixel_8"}})"));
-  EXPECT_EQ(toJSON(Undo::start({"a1"})), json::parse(R"({"start": {"_0": ["a1"]}})"));
-  EXPECT_EQ(decodeUndo(json::parse(R"({"boot": {"udid": "U"}, "avd": {"_0": "P"}})")).error,
-            "Invalid number of keys found, expected one.");
-  EXPECT_EQ(decodeUndo(json::object()).error, "Invalid number of keys found, expected one.");
-  EXPECT_FALSE(decodeUndo(json::parse(R"({"relaunch": {}})")));
-}
-
 TEST(ActivityTest, BuiltFromTheStoppedRow) {
   Item container{.kind = Item::Kind::container, .title = "db", .memory = 300, .counted = false};
   container.stop = Stop::containers({"c0ffee"});
@@ -52,6 +43,15 @@ TEST(ActivityTest, JSONFormIsStrict) {
              Item::Kind::simulator, 2'000'000'000, "corvane stop", Undo::boot("U"), false};
   EXPECT_EQ(toJSON(a), withUndo);
   EXPECT_EQ(decodeActivity(withUndo).value, a);
+  // Each undo is an object of exactly one key, the name of its case.
+  for (const auto& [undo, form] : std::initializer_list<std::pair<Undo, const char*>>{
+           {Undo::avd("Pixel_8"), R"({"avd": {"_0": "Pixel_8"}})"},
+           {Undo::start({"a1"}), R"({"start": {"_0": ["a1"]}})"}}) {
+    a.undo = undo;
+    EXPECT_EQ(toJSON(a)["undo"], json::parse(form));
+    EXPECT_EQ(decodeActivity(toJSON(a)).value, a);
+  }
+  EXPECT_EQ(decodeUndo(json::object()).error, "Invalid number of keys found, expected one.");
   a.undo.reset();
   EXPECT_FALSE(toJSON(a).contains("undo"));
   EXPECT_EQ(decodeActivity(toJSON(a)).value, a);
@@ -64,7 +64,8 @@ TEST(ActivityTest, JSONFormIsStrict) {
   const std::vector<std::pair<const char*, json>> wrong = {
       {"id", "not-a-uuid"}, {"date", "2026-01-01"}, {"kind", "gradel"}, {"memory", -1},
       {"memory", 1.5},      {"reason", nullptr},    {"undone", 0},      {"undo", {{"boot", {{"udid", 1}}}}},
-      {"date", 9.3e12},     {"date", -9.3e12},      {"date", 1e300}};
+      {"date", 9.3e12},     {"date", -9.3e12},      {"date", 1e300},    {"undo", {{"relaunch", json::object()}}},
+      {"undo", {{"boot", {{"udid", "U"}}}, {"avd", {{"_0", "P"}}}}}};
   for (const auto& [key, value] : wrong) {
     json bad = withUndo;
     bad[key] = value;

@@ -12,18 +12,11 @@ namespace {
 using testing_support::writeScript;
 
 TEST(MemorySizeTest, UnitsAndOddInput) {
-  EXPECT_EQ(parseMemorySize("1.5GiB"), 1610612736u);
-  EXPECT_EQ(parseMemorySize("512MiB"), 536870912u);
-  EXPECT_EQ(parseMemorySize("12.3kB"), 12300u);
-  EXPECT_EQ(parseMemorySize(" \t1.5GiB \t"), 1610612736u);
-  EXPECT_EQ(parseMemorySize("0B"), 0u);
-  EXPECT_EQ(parseMemorySize("--"), 0u);
-  EXPECT_EQ(parseMemorySize("GiB"), 0u);
-  EXPECT_EQ(parseMemorySize("1.5 GiB"), 0u);
-  EXPECT_EQ(parseMemorySize("1.5GiB\n"), 0u);
-  EXPECT_EQ(parseMemorySize("-3MiB"), 0u);
-  EXPECT_EQ(parseMemorySize("nanGiB"), 0u);
-  EXPECT_EQ(parseMemorySize("1e10TB"), UINT64_MAX);
+  for (const auto& [text, bytes] : std::initializer_list<std::pair<const char*, uint64_t>>{
+           {"1.5GiB", 1610612736}, {"512MiB", 536870912}, {"12.3kB", 12300}, {" \t1.5GiB \t", 1610612736},
+           {"0B", 0}, {"--", 0}, {"GiB", 0}, {"1.5 GiB", 0}, {"1.5GiB\n", 0}, {"-3MiB", 0}, {"nanGiB", 0},
+           {"1e10TB", UINT64_MAX}})
+    EXPECT_EQ(parseMemorySize(text), bytes) << text;
 }
 
 TEST(ContainersTest, JSONLinesAndLabels) {

@@ -14,6 +14,7 @@
 
 #include "platform/docker_socket.h"
 #include "platform/paths.h"
+#include "scanner/simulator_names.h"
 #include "support/fake_programs.h"
 #include "support/listeners.h"
 
@@ -153,7 +154,9 @@ TEST(ScannerTest, WithoutAnEngineTheContainersAreGone) {
   EXPECT_EQ(docker.psCalls(), 1);
 }
 
-TEST(ScannerTest, ProjectNamesComeFromTheNearestRepository) {
+// Rows carry the name of the nearest repository above their folder, which the scanner remembers for
+// its life, and their CPU use since an earlier scan.
+TEST(ScannerTest, RowsCarryTheirProjectAndRecentCPUUse) {
   const std::string root = fs::canonical(makeTempDir("projects"));
   fs::create_directories(root + "/app/.git");
   fs::create_directories(root + "/app/src/lib");
@@ -161,27 +164,40 @@ TEST(ScannerTest, ProjectNamesComeFromTheNearestRepository) {
   fs::create_directories(root + "/worktree/src");
   std::ofstream(root + "/worktree/.git") << "gitdir: /elsewhere\n";
 
-  FakeMachine machine;
+  Proc server = process(300, "/usr/bin/node", {"node", "server.js"}, root + "/app/src/lib");
+  server.listening = {3000};
+  server.cpu = 1'000'000'000;
+  FakeMachine machine{{server}};
   Scanner scanner(Tools{}, machine.source());
-  EXPECT_EQ(scanner.projectName(root + "/app/src/lib"), "app");
+  const auto first = scanner.scan();
+  ASSERT_NE(row(first, "server:300"), nullptr);
+  EXPECT_EQ(row(first, "server:300")->project, "app");
+  EXPECT_EQ(row(first, "server:300")->cpu, 0);
+  EXPECT_FALSE(row(first, "server:300")->building);
+  machine.procs[0].cpu += 2'500'000'000;
+  machine.taken = at(5);
+  const auto second = scanner.scan();
+  ASSERT_NE(row(second, "server:300"), nullptr);
+  EXPECT_DOUBLE_EQ(row(second, "server:300")->cpu, 0.5);
+  EXPECT_TRUE(row(second, "server:300")->building);
+
   EXPECT_EQ(scanner.projectName(root + "/app"), "app");
   EXPECT_EQ(scanner.projectName(root + "/worktree/src"), "worktree");
   EXPECT_EQ(scanner.projectName(root + "/plain/src"), "src");
   EXPECT_EQ(scanner.projectName("/"), std::nullopt);
   EXPECT_EQ(scanner.projectName(platform::homeDirectory()), std::nullopt);
-
   // A repository made later is not noticed by this scanner.
   fs::create_directories(root + "/plain/.git");
   EXPECT_EQ(scanner.projectName(root + "/plain/src"), "src");
   EXPECT_EQ(Scanner(Tools{}, machine.source()).projectName(root + "/plain/src"), "plain");
 }
 
-void writeDevicePlist(const std::string& device, const char* name) {
+void writeDevicePlist(const std::string& device, plist_t name, bool binary = true) {
   plist_t root = plist_new_dict();
-  plist_dict_set_item(root, "name", plist_new_string(name));
+  plist_dict_set_item(root, "name", name);
   char* bytes = nullptr;
   uint32_t length = 0;
-  plist_to_bin(root, &bytes, &length);
+  binary ? plist_to_bin(root, &bytes, &length) : plist_to_xml(root, &bytes, &length);
   std::ofstream(device + "/device.plist", std::ios::binary).write(bytes, length);
   std::free(bytes);
   plist_free(root);
@@ -192,14 +208,13 @@ TEST(ScannerTest, SimulatorsAreTitledWithTheirDeviceNames) {
   const std::string devices = makeTempDir("CoreSimulator") + "/Devices/";
   const std::string named = "0A1B2C3D-4E5F-6071-8293-A4B5C6D7E8F9";
   const std::string unnamed = "FFFFFFFF-0000-1111-2222-333333333333";
+  const auto inside = [&](const std::string& udid) { return devices + udid + "/data/var/run/launchd_bootstrap.plist"; };
   for (const auto& udid : {named, unnamed}) fs::create_directories(devices + udid + "/data/var/run");
-  writeDevicePlist(devices + named, "iPhone 16");
+  EXPECT_EQ(simulatorName(inside(named), named), std::nullopt);  // no device.plist yet
+  writeDevicePlist(devices + named, plist_new_string("iPhone 16"), false);
 
-  const auto launchdSim = [&](int32_t pid, const std::string& udid) {
-    return process(pid, "/Library/Developer/CoreSimulator/launchd_sim",
-                   {"launchd_sim", devices + udid + "/data/var/run/launchd_bootstrap.plist"});
-  };
-  FakeMachine machine{{launchdSim(200, named), launchdSim(202, unnamed)}};
+  FakeMachine machine{{process(200, "/Library/Developer/CoreSimulator/launchd_sim", {"launchd_sim", inside(named)}),
+                       process(202, "/Library/Developer/CoreSimulator/launchd_sim", {"launchd_sim", inside(unnamed)})}};
   Scanner scanner(Tools{}, machine.source());
   const auto titles = [&] {
     std::vector<std::string> titles;
@@ -208,30 +223,26 @@ TEST(ScannerTest, SimulatorsAreTitledWithTheirDeviceNames) {
     return titles;
   };
   EXPECT_EQ(titles(), (std::vector<std::string>{"Simulator", "iPhone 16"}));
-  writeDevicePlist(devices + unnamed, "iPhone SE");
-  writeDevicePlist(devices + named, "Renamed");
+  // A binary one, with a name long enough for an extended length.
+  writeDevicePlist(devices + unnamed, plist_new_string("iPad Air (5th generation)"));
+  writeDevicePlist(devices + named, plist_new_string("Renamed"));
+  EXPECT_EQ(simulatorName(inside(named), named), "Renamed");
   machine.taken = at(2);
-  EXPECT_EQ(titles(), (std::vector<std::string>{"iPhone 16", "iPhone SE"}));
-}
+  EXPECT_EQ(titles(), (std::vector<std::string>{"iPad Air (5th generation)", "iPhone 16"}));
 
-TEST(ScannerTest, RowsCarryRecentCPUUse) {
-  Proc server = process(300, "/usr/bin/node", {"node", "server.js"}, "/nonexistent/web");
-  server.listening = {3000};
-  server.cpu = 1'000'000'000;
-  FakeMachine machine{{server}};
-  Scanner scanner(Tools{}, machine.source());
-  const auto first = scanner.scan();
-  ASSERT_NE(row(first, "server:300"), nullptr);
-  EXPECT_EQ(row(first, "server:300")->project, "web");
-  EXPECT_EQ(row(first, "server:300")->cpu, 0);
-  EXPECT_FALSE(row(first, "server:300")->building);
-
-  machine.procs[0].cpu += 2'500'000'000;
-  machine.taken = at(5);
-  const auto second = scanner.scan();
-  ASSERT_NE(row(second, "server:300"), nullptr);
-  EXPECT_DOUBLE_EQ(row(second, "server:300")->cpu, 0.5);
-  EXPECT_TRUE(row(second, "server:300")->building);
+  // The UDID must be a whole directory name of the path.
+  EXPECT_EQ(simulatorName(devices + "x" + named + "/data", named), std::nullopt);
+  // A name that is no string, a file that is no property list, and a NUL character in a name (here a
+  // UTF-16 one) give no name.
+  writeDevicePlist(devices + named, plist_new_uint(7));
+  EXPECT_EQ(simulatorName(inside(named), named), std::nullopt);
+  std::ofstream(devices + named + "/device.plist") << "name = iPhone\n";
+  EXPECT_EQ(simulatorName(inside(named), named), std::nullopt);
+  writeDevicePlist(devices + named, plist_new_string("\xC3\xA9~"));
+  std::string bytes = readFile(devices + named + "/device.plist");
+  std::replace(bytes.begin(), bytes.end(), '~', '\0');
+  std::ofstream(devices + named + "/device.plist", std::ios::binary) << bytes;
+  EXPECT_EQ(simulatorName(inside(named), named), std::nullopt);
 }
 
 }  // namespace

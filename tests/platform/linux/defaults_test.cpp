@@ -15,47 +15,6 @@ namespace {
 
 using testing_support::readFile;
 
-TEST(DefaultsTest, WritesAreXMLAndKeepTheOtherKeys) {
-  const std::string dir = testing_support::makeTempDir("defaults");
-  const DefaultsStore store(dir + "/new/suite.plist");
-  EXPECT_EQ(store.readDictionary("pins"), std::nullopt);
-
-  ASSERT_TRUE(store.writeDictionary("toolMisses", {{"adb", dateFromSeconds(1767225600.25)}}));
-  ASSERT_TRUE(store.writeDictionary("pins", {{"db:x", std::string("Postgres \xE2\x9C\x93")}}));
-  EXPECT_EQ(store.readDictionary("pins"), (DefaultsDictionary{{"db:x", std::string("Postgres \xE2\x9C\x93")}}));
-  // XML dates keep whole seconds.
-  EXPECT_EQ(store.readDictionary("toolMisses"), (DefaultsDictionary{{"adb", dateFromSeconds(1767225600)}}));
-  EXPECT_NE(readFile(store.file()).find("<date>2026-01-01T00:00:00Z</date>"), std::string::npos);
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir + "/new"), {}), 1);  // no temporary file left
-}
-
-TEST(DefaultsTest, BinarySuitesAreReadAndBrokenOnesLeftAlone) {
-  const std::string dir = testing_support::makeTempDir("defaults");
-  plist_t record = plist_new_dict();
-  plist_dict_set_item(record, "when", plist_new_date(0, 0));
-  plist_dict_set_item(record, "count", plist_new_uint(3));
-  plist_t root = plist_new_dict();
-  plist_dict_set_item(root, "record", record);
-  plist_dict_set_item(root, "flat", plist_new_string("x"));
-  char* bytes = nullptr;
-  uint32_t length = 0;
-  plist_to_bin(root, &bytes, &length);
-  std::ofstream(dir + "/suite.plist", std::ios::binary).write(bytes, length);
-  std::free(bytes);
-  plist_free(root);
-
-  const DefaultsStore store(dir + "/suite.plist");
-  EXPECT_EQ(store.readDictionary("record"),
-            (DefaultsDictionary{{"count", std::monostate{}}, {"when", dateFromSeconds(978307200)}}));
-  EXPECT_EQ(store.readDictionary("flat"), std::nullopt);
-  ASSERT_TRUE(store.writeDictionary("pins", {}));
-  EXPECT_TRUE(store.readDictionary("record"));
-
-  std::ofstream(dir + "/broken.plist") << "not a property list";
-  EXPECT_FALSE(DefaultsStore(dir + "/broken.plist").writeDictionary("pins", {}));
-  EXPECT_EQ(readFile(dir + "/broken.plist"), "not a property list");
-}
-
 std::string formOf(plist_t root, bool binary) {
   char* bytes = nullptr;
   uint32_t length = 0;
@@ -72,8 +31,33 @@ plist_t dictOf(std::initializer_list<std::pair<const char*, plist_t>> items) {
   return dict;
 }
 
-// A NUL character in any string or key makes the whole suite unreadable and leaves it unwritten; so
-// does a value that XML can't carry back unchanged, though the rest stays readable.
+TEST(DefaultsTest, WritesAreXMLAndKeepTheOtherKeysBinarySuitesAreRead) {
+  const std::string dir = testing_support::makeTempDir("defaults");
+  const DefaultsStore store(dir + "/new/suite.plist");
+  EXPECT_EQ(store.readDictionary("pins"), std::nullopt);
+
+  ASSERT_TRUE(store.writeDictionary("toolMisses", {{"adb", dateFromSeconds(1767225600.25)}}));
+  ASSERT_TRUE(store.writeDictionary("pins", {{"db:x", std::string("Postgres \xE2\x9C\x93")}}));
+  EXPECT_EQ(store.readDictionary("pins"), (DefaultsDictionary{{"db:x", std::string("Postgres \xE2\x9C\x93")}}));
+  // XML dates keep whole seconds.
+  EXPECT_EQ(store.readDictionary("toolMisses"), (DefaultsDictionary{{"adb", dateFromSeconds(1767225600)}}));
+  EXPECT_NE(readFile(store.file()).find("<date>2026-01-01T00:00:00Z</date>"), std::string::npos);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir + "/new"), {}), 1);  // no temporary file left
+
+  std::ofstream(store.file(), std::ios::binary | std::ios::trunc) << formOf(
+      dictOf({{"record", dictOf({{"when", plist_new_date(0, 0)}, {"count", plist_new_uint(3)}})},
+              {"flat", plist_new_string("x")}}),
+      true);
+  EXPECT_EQ(store.readDictionary("record"),
+            (DefaultsDictionary{{"count", std::monostate{}}, {"when", dateFromSeconds(978307200)}}));
+  EXPECT_EQ(store.readDictionary("flat"), std::nullopt);
+  ASSERT_TRUE(store.writeDictionary("pins", {}));
+  EXPECT_TRUE(store.readDictionary("record"));
+}
+
+// A NUL character in any string or key makes the whole suite unreadable and leaves it unwritten, as
+// does a file that is no property list; a value that XML can't carry back unchanged leaves it unwritten
+// too, though the rest stays readable.
 TEST(DefaultsTest, CorruptOrUnfaithfulSuitesAreNeverWritten) {
   const std::string dir = testing_support::makeTempDir("corrupt");
   const auto nulled = [](plist_t root, bool binary) {  // "~" becomes NUL: a UTF-16 one after "é"
@@ -95,6 +79,7 @@ TEST(DefaultsTest, CorruptOrUnfaithfulSuitesAreNeverWritten) {
       {"XML other key", nulled(dictOf({{"x", plist_new_string("~")}, {"pins", dictOf({})}}), false), false},
       {"UID", formOf(dictOf({{"pins", dictOf({})}, {"u", plist_new_uid(7)}}), true), true},
       {"date fraction", formOf(dictOf({{"pins", dictOf({})}, {"d", plist_new_date(1, 5)}}), true), true},
+      {"no property list", "not a property list", false},
   };
   for (const auto& c : cases) {
     const DefaultsStore store(dir + "/suite.plist");

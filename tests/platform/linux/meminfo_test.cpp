@@ -5,21 +5,17 @@
 namespace corvane::platform::linux_proc {
 namespace {
 
-TEST(MeminfoTest, PSILevels) {
-  EXPECT_EQ(levelFromPSI("some avg10=0.00 avg60=0.00 avg300=0.00 total=0\n"
-                         "full avg10=0.00 avg60=0.00 avg300=0.00 total=0\n"),
-            1);
-  EXPECT_EQ(levelFromPSI("some avg10=10.00 avg60=0.00 avg300=0.00 total=9\n"
-                         "full avg10=9.99 avg60=0.00 avg300=0.00 total=0\n"),
-            2);
-  EXPECT_EQ(levelFromPSI("some avg10=45.10 avg60=0.00 avg300=0.00 total=9\n"
-                         "full avg10=10.00 avg60=0.00 avg300=0.00 total=0\n"),
-            4);
+TEST(MeminfoTest, PressureLevelsAndSwap) {
+  const auto psi = [](const std::string& some, const std::string& full) {
+    return "some avg10=" + some + " avg60=0.00 avg300=0.00 total=9\n"
+           "full avg10=" + full + " avg60=0.00 avg300=0.00 total=0\n";
+  };
+  EXPECT_EQ(levelFromPSI(psi("0.00", "0.00")), 1);
+  EXPECT_EQ(levelFromPSI(psi("10.00", "9.99")), 2);
+  EXPECT_EQ(levelFromPSI(psi("45.10", "10.00")), 4);
   EXPECT_FALSE(levelFromPSI(""));
   EXPECT_FALSE(levelFromPSI("garbage\n"));
-}
 
-TEST(MeminfoTest, AvailableRatioAndSwap) {
   const char* text =
       "MemTotal:       1000000 kB\nMemFree:  1 kB\nMemAvailable:    100000 kB\n"
       "SwapTotal:       2048 kB\nSwapFree:        1024 kB\n";

@@ -7,7 +7,7 @@ namespace {
 
 using ::testing::ElementsAre;
 
-TEST(ProcTextTest, StatFieldsCountFromTheLastParenthesis) {
+TEST(ProcTextTest, StatFieldsCountFromTheLastParenthesisAndStatusLinesByName) {
   const char* line =
       "4121 (my (odd) name) x) S 4100 4121 4100 34816 4121 4194304 2051 0 0 0 1250 375 0 0 20 0 7 0 "
       "987654 1234567 890 18446744073709551615 1 1 0 0 0 0 0 4096 0 0 0 0 17 1 0 0 0 0 0\n";
@@ -22,9 +22,8 @@ TEST(ProcTextTest, StatFieldsCountFromTheLastParenthesis) {
   EXPECT_FALSE(parseStat("4121 (cut) S 4100 4121"));
   EXPECT_FALSE(parseStat("no parenthesis at all"));
   EXPECT_FALSE(parseStat(""));
-}
 
-TEST(ProcTextTest, StatusGivesRealUserAndPrivateMemory) {
+  // Status gives the real user and the private memory.
   const char* text =
       "Name:\tnode\nUmask:\t0022\nState:\tS (sleeping)\nPid:\t4121\nUid:\t501\t0\t0\t0\nGid:\t20\t20\t20\t20\n"
       "VmRSS:\t  204800 kB\nRssAnon:\t  150000 kB\nRssFile:\t   54800 kB\nVmSwap:\t    2048 kB\n";
@@ -49,10 +48,10 @@ TEST(ProcTextTest, SmallReadings) {
   EXPECT_THAT(splitAtNul(std::string_view("nginx: worker\0\0\0\0\0", 18)), ElementsAre("nginx: worker"));
   EXPECT_THAT(splitAtNul(std::string_view("a\0\0b\0\0", 6)), ElementsAre("a", "", "b"));
   EXPECT_TRUE(splitAtNul(std::string_view("\0\0", 2)).empty());
+  // A process's own folder and executable may have been removed since it started.
   for (auto [link, target] : std::initializer_list<std::pair<const char*, const char*>>{
            {"/usr/bin/node (deleted)", "/usr/bin/node"}, {"/usr/bin/node", "/usr/bin/node"},
-           {"/home/ann/gone (deleted)", "/home/ann/gone"}, {"/home/ann/gone (deleted) (deleted)", "/home/ann/gone (deleted)"},
-           {" (deleted)", " (deleted)"}})
+           {"/home/ann/gone (deleted) (deleted)", "/home/ann/gone (deleted)"}, {" (deleted)", " (deleted)"}})
     EXPECT_EQ(withoutDeletedMark(link), target) << link;
   EXPECT_EQ(socketInode("socket:[48213]"), 48213u);
   for (const char* link : {"pipe:[48213]", "socket:[]", "socket:[12x]", "/dev/null", "socket:[1"})
