@@ -50,18 +50,6 @@ Proc simulator(int32_t pid, int32_t ppid, const std::string& folder) {
                   {"launchd_sim", folder + "/data/var/run/launchd_bootstrap.plist"});
 }
 
-TEST(SimulatorTest, DeviceFolderMustHoldAnUpperCaseUUIDBetweenSlashes) {
-  std::string lower = udid;
-  for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  expectRows({
-      simulator(10, 1, devices + lower),
-      simulator(11, 1, devices + "not-a-device"),
-      simulator(12, 1, devices + udid.substr(0, 35)),
-      simulator(13, 1, "/x/" + udid + "X"),
-      makeProc(14, 1, "/bin/launchd_sim", {"launchd_sim"}),
-  }, {});
-}
-
 TEST(SimulatorTest, SameDeviceTwiceAndUnnamedPreviews) {
   const std::string previewUDID = "11111111-2222-3333-4444-555555555555";
   const auto items = expectRows({
@@ -118,20 +106,6 @@ TEST(DockerEngineTest, EnginesInOrderOfNameWithTheVirtualMachinesTheyAreResponsi
              {{"avd:10", "P", {10, 11}, 50}, {"docker:OrbStack", "OrbStack", {}}});
 }
 
-TEST(ContainerTest, DatabaseImagesAreGuardedWhateverTheirCase) {
-  World world;
-  world.containers = {
-      {"a1", "api-db-1", "ghcr.io/supabase/postgres:15", "api", 10},
-      {"b2", "web", "nginx:latest", std::nullopt, 20},
-      {"c3", "cache", "Redis:7", std::nullopt, 30},
-  };
-  const auto items = detect(world);
-  ASSERT_EQ(items.size(), 3u);
-  EXPECT_TRUE(items[0].guarded);
-  EXPECT_FALSE(items[1].guarded);
-  EXPECT_TRUE(items[2].guarded);
-}
-
 TEST(ProjectRowsTest, BundlersDatabasesAndAgentsNamedFromTheCommandLine) {
   const std::string node = "/usr/bin/node";
   const std::string flutter = "/Users/ann/flutter/bin/cache/flutter_tools.snapshot";
@@ -162,8 +136,17 @@ TEST(ProjectRowsTest, BundlersDatabasesAndAgentsNamedFromTheCommandLine) {
   EXPECT_FALSE(items.at(6).startedBy);
 }
 
-TEST(DevServerTest, WhatIsNoDevServer) {
+// A simulator's device folder must hold an upper-case UUID between slashes; a dev server is a process
+// of a project folder, outside the system's folders and any app's bundle, that listens.
+TEST(ProjectRowsTest, WhatIsNoRow) {
+  std::string lower = udid;
+  for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   expectRows({
+      simulator(1, 0, devices + lower),
+      simulator(2, 0, devices + "not-a-device"),
+      simulator(3, 0, devices + udid.substr(0, 35)),
+      simulator(4, 0, "/x/" + udid + "X"),
+      makeProc(5, 0, "/bin/launchd_sim", {"launchd_sim"}),
       makeProc(10, 1, "/usr/bin/node", {"node", "vite"}, project),
       makeProc(11, 1, "/usr/bin/node", {"node", "vite"}, "/", {3000}),
       makeProc(12, 1, "/usr/bin/node", {"node", "vite"}, "", {3001}),

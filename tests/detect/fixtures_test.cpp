@@ -117,12 +117,16 @@ TEST(MacLaptopTest, Rows) {
   EXPECT_FALSE(findItem(items, "db:1100")->cwd);
 }
 
-TEST(MacLaptopTest, XcodeServicesAreUnguardedOnceXcodeQuits) {
+TEST(MacLaptopTest, XcodeServicesAreUnguardedOnceXcodeQuitsAndImagesMatchInAnyCase) {
   World world = loadWorld("macos_laptop.json");
   std::erase_if(world.snapshot.procs, [](const Proc& p) { return p.name == "Xcode"; });
+  world.containers[0].image = "ghcr.io/supabase/Postgres:15";
+  world.containers[1].image = "REDIS:7.2";
   const auto items = detect(world);
   EXPECT_FALSE(findItem(items, "xcode:510")->guarded);
   EXPECT_FALSE(findItem(items, "xcode:511")->guarded);
+  EXPECT_TRUE(findItem(items, "container:4f3c2b1a0e9d")->guarded);
+  EXPECT_TRUE(findItem(items, "container:7a6b5c4d3e2f")->guarded);
 }
 
 TEST(LinuxWorkstationTest, Rows) {
