@@ -50,56 +50,51 @@ Proc simulator(int32_t pid, int32_t ppid, const std::string& folder) {
                   {"launchd_sim", folder + "/data/var/run/launchd_bootstrap.plist"});
 }
 
-TEST(SimulatorTest, SameDeviceTwiceAndUnnamedPreviews) {
+// A device booted twice makes a second, empty row; an emulator's serial comes from an even console port;
+// engines come in order of name, each with the virtual machines the system holds it responsible for.
+TEST(DevicesAndEnginesTest, Rows) {
   const std::string previewUDID = "11111111-2222-3333-4444-555555555555";
+  const std::string vm = "/System/Library/Frameworks/Virtualization.framework/Versions/A/XPCServices/"
+                         "com.apple.Virtualization.VirtualMachine.xpc/Contents/MacOS/"
+                         "com.apple.Virtualization.VirtualMachine";
+  auto dockerVM = makeProc(60, 1, vm);
+  dockerVM.responsible = 50;
+  auto utmVM = makeProc(62, 1, vm);
+  utmVM.responsible = 70;
   const auto items = expectRows({
       simulator(10, 1, devices + udid), withFootprint(makeProc(11, 10, "/sim/SpringBoard"), 100),
       simulator(12, 10, devices + udid),  // inside the first, which claimed it
       simulator(20, 1, "/Users/ann/Library/Developer/Xcode/UserData/Previews/Simulator Devices/" + previewUDID),
+      makeProc(30, 1, qemu, {"qemu", "-avd", "A"}, "/", {5037, 5555}),
+      makeProc(31, 1, qemu, {"qemu", "-avd", "Pixel_8"}, "/", {5554, 5555}),
+      makeProc(32, 1, qemu, {"qemu", "-avd", "C"}, "/", {5684}),
+      makeProc(33, 1, qemu, {"qemu", "-netdelay", "none"}, "/", {5556}),
+      makeProc(34, 1, qemu, {"qemu", "-avd"}, "/", {5558}),
+      makeProc(50, 1, "/Applications/Docker.app/Contents/MacOS/com.docker.backend"), dockerVM,
+      makeProc(61, 1, vm),  // nobody responsible for it
+      utmVM, makeProc(70, 1, "/Applications/UTM.app/Contents/MacOS/UTM"),
+      makeProc(80, 1, "/Applications/OrbStack.app/Contents/MacOS/OrbStack"),
+      makeProc(81, 1, "/opt/homebrew/bin/limactl", {"limactl", "hostagent"}),
+      makeProc(82, 1, "/usr/bin/dockerd", {"dockerd"}),
+      makeProc(83, 1, "/opt/docker-desktop/bin/com.docker.backend"),
+      makeProc(84, 1, "/opt/homebrew/bin/colima", {"colima", "start"}),
   }, {
       {"sim:" + udid, "Simulator", {10, 12, 11}, 100},
       {"sim:" + udid, "Simulator", {}},
       {"sim:" + previewUDID, "Xcode Previews · Simulator", {20}},
+      {"avd:30", "A", {30}},
+      {"avd:31", "Pixel 8", {31}},
+      {"avd:32", "C", {32}},
+      {"docker:Colima", "Colima", {81, 84}},
+      {"docker:Docker Desktop", "Docker Desktop", {50, 60, 83}},
+      {"docker:Docker Engine", "Docker Engine", {82}},
+      {"docker:OrbStack", "OrbStack", {80}},
   });
   EXPECT_FALSE(items.at(1).started);
-}
+  EXPECT_EQ(items.at(3).stop, Stop::emulator(std::nullopt));
+  EXPECT_EQ(items.at(4).stop, Stop::emulator("emulator-5554"));
+  EXPECT_EQ(items.at(5).stop, Stop::emulator(std::nullopt));
 
-TEST(EmulatorTest, SerialComesFromAnEvenConsolePort) {
-  const auto items = expectRows({
-      makeProc(10, 1, qemu, {"qemu", "-avd", "A"}, "/", {5037, 5555}),
-      makeProc(11, 1, qemu, {"qemu", "-avd", "Pixel_8"}, "/", {5554, 5555}),
-      makeProc(12, 1, qemu, {"qemu", "-avd", "C"}, "/", {5684}),
-      makeProc(13, 1, qemu, {"qemu", "-netdelay", "none"}, "/", {5556}),
-      makeProc(14, 1, qemu, {"qemu", "-avd"}, "/", {5558}),
-  }, {{"avd:10", "A", {10}}, {"avd:11", "Pixel 8", {11}}, {"avd:12", "C", {12}}});
-  EXPECT_EQ(items.at(0).stop, Stop::emulator(std::nullopt));
-  EXPECT_EQ(items.at(1).stop, Stop::emulator("emulator-5554"));
-  EXPECT_EQ(items.at(2).stop, Stop::emulator(std::nullopt));
-}
-
-TEST(DockerEngineTest, EnginesInOrderOfNameWithTheVirtualMachinesTheyAreResponsibleFor) {
-  const std::string vm = "/System/Library/Frameworks/Virtualization.framework/Versions/A/XPCServices/"
-                         "com.apple.Virtualization.VirtualMachine.xpc/Contents/MacOS/"
-                         "com.apple.Virtualization.VirtualMachine";
-  auto dockerVM = makeProc(20, 1, vm);
-  dockerVM.responsible = 10;
-  auto utmVM = makeProc(22, 1, vm);
-  utmVM.responsible = 30;
-  expectRows({
-      makeProc(10, 1, "/Applications/Docker.app/Contents/MacOS/com.docker.backend"), dockerVM,
-      makeProc(21, 1, vm),  // nobody responsible for it
-      utmVM, makeProc(30, 1, "/Applications/UTM.app/Contents/MacOS/UTM"),
-      makeProc(40, 1, "/Applications/OrbStack.app/Contents/MacOS/OrbStack"),
-      makeProc(41, 1, "/opt/homebrew/bin/limactl", {"limactl", "hostagent"}),
-      makeProc(42, 1, "/usr/bin/dockerd", {"dockerd"}),
-      makeProc(43, 1, "/opt/docker-desktop/bin/com.docker.backend"),
-      makeProc(44, 1, "/opt/homebrew/bin/colima", {"colima", "start"}),
-  }, {
-      {"docker:Colima", "Colima", {41, 44}},
-      {"docker:Docker Desktop", "Docker Desktop", {10, 20, 43}},
-      {"docker:Docker Engine", "Docker Engine", {42}},
-      {"docker:OrbStack", "OrbStack", {40}},
-  });
   // An engine whose processes another row claimed first still has a row, owning nothing.
   expectRows({makeProc(10, 1, "/sdk/qemu-system-aarch64", {"qemu", "-avd", "P"}),
               withFootprint(makeProc(11, 10, "/Applications/OrbStack.app/Contents/MacOS/helper"), 50)},
