@@ -198,11 +198,8 @@ ProgramResult runProgram(const std::string& path, const std::vector<std::string>
   Process program(path, arguments, {.env = std::move(env), .captureErrors = true});
   program.writeAll(input);
   program.closeInput();
-  ProgramResult result;
-  result.out = program.readToEnd(120).value_or("");
-  result.err = program.errors();
-  result.exitCode = program.waitExit(120).value_or(-1);
-  return result;
+  std::string out = program.readToEnd(120).value_or("");
+  return {program.waitExit(120).value_or(-1), std::move(out), program.errors()};
 }
 
 ProgramResult runCorvane(const std::vector<std::string>& arguments, const std::string& input,
