@@ -17,7 +17,7 @@ Item row(const std::string& id, uint64_t cpuTime, int64_t inbound = 0, Item::Kin
 
 Item scan(Tracker& tracker, const Item& item, double seconds) { return tracker.update({item}, at(seconds))[0]; }
 
-TEST(TrackerTest, CpuIsMeasuredFromTheNewestSampleAtLeastTenSecondsOld) {
+TEST(TrackerTest, CpuIsMeasuredFromTheNewestSampleAtLeastTenSecondsOldAndBuildsAreBusy) {
   Tracker tracker;
   const Item first = scan(tracker, row("s", 10 * second), 0);
   EXPECT_EQ(first.cpu, 0);
@@ -34,11 +34,9 @@ TEST(TrackerTest, CpuIsMeasuredFromTheNewestSampleAtLeastTenSecondsOld) {
   EXPECT_DOUBLE_EQ(scan(tracker, row("x", 14 * second), 14).cpu, 1.0);
   // At 19 s the 8 s sample is the newest over 10 s old.
   EXPECT_DOUBLE_EQ(scan(tracker, row("x", 13'500'000'000), 19).cpu, 0.5);
-}
 
-TEST(TrackerTest, ConnectedGradleClientMeansBuilding) {
-  Tracker tracker;
-  const auto items = tracker.update({row("gradle:1", 0, 1, Item::Kind::gradle), row("server:2", 0, 1)}, at(0));
+  // A connected client means a Gradle daemon builds, even without CPU; a server's clients don't.
+  const auto items = tracker.update({row("gradle:1", 0, 1, Item::Kind::gradle), row("server:2", 0, 1)}, at(20));
   EXPECT_TRUE(items[0].building);
   EXPECT_FALSE(items[1].building);
 }
