@@ -1,4 +1,5 @@
 // Whole machines: every row a realistic snapshot yields and what each row owns.
+#include <algorithm>
 #include <set>
 
 #include <gmock/gmock.h>
@@ -30,13 +31,17 @@ struct Row {
   bool guarded = false;
 };
 
+void expectEachProcessInOneRow(const std::vector<Item>& items) {
+  std::set<int32_t> owned;
+  for (const auto& item : items)
+    for (const int32_t pid : item.pids) EXPECT_TRUE(owned.insert(pid).second) << pid << " owned twice";
+}
+
 void expectRows(const std::vector<Item>& items, const std::vector<Row>& rows) {
   std::vector<std::string> ids;
   for (const auto& row : rows) ids.push_back(row.id);
   EXPECT_THAT(idsOf(items), ElementsAreArray(ids));
-  std::set<int32_t> owned;
-  for (const auto& item : items)
-    for (const int32_t pid : item.pids) EXPECT_TRUE(owned.insert(pid).second) << pid << " owned twice";
+  expectEachProcessInOneRow(items);
 
   for (const auto& row : rows) {
     const Item* item = findItem(items, row.id);
@@ -112,12 +117,16 @@ TEST(MacLaptopTest, Rows) {
   EXPECT_FALSE(findItem(items, "db:1100")->cwd);
 }
 
-TEST(MacLaptopTest, XcodeServicesAreUnguardedOnceXcodeQuits) {
+TEST(MacLaptopTest, XcodeServicesAreUnguardedOnceXcodeQuitsAndImagesMatchInAnyCase) {
   World world = loadWorld("macos_laptop.json");
   std::erase_if(world.snapshot.procs, [](const Proc& p) { return p.name == "Xcode"; });
+  world.containers[0].image = "ghcr.io/supabase/Postgres:15";
+  world.containers[1].image = "REDIS:7.2";
   const auto items = detect(world);
   EXPECT_FALSE(findItem(items, "xcode:510")->guarded);
   EXPECT_FALSE(findItem(items, "xcode:511")->guarded);
+  EXPECT_TRUE(findItem(items, "container:4f3c2b1a0e9d")->guarded);
+  EXPECT_TRUE(findItem(items, "container:7a6b5c4d3e2f")->guarded);
 }
 
 TEST(LinuxWorkstationTest, Rows) {
@@ -126,21 +135,20 @@ TEST(LinuxWorkstationTest, Rows) {
       {"avd:1201", "avd:Pixel_7_API_34", "Pixel 7 API 34", {1201}, 2'600'000'000, {5554, 5555}, "GNOME Terminal"},
       {"docker:Docker Engine", "docker:Docker Engine", "Docker Engine", {1120, 1121}, 120'000'000, {}},
       {"gradle:1300", "gradle 8.10.2", "Gradle daemon 8.10.2", {1300}, 1'200'000'000, {38411}},
-      {"server:1401", "server:/home/dev/webapp:Node", "Node :8080", {1401, 1402}, 130'000'000, {8080}, "GNOME Terminal"},
+      {"server:1401", "server:/home/dev/webapp:Node", "Node :8080", {1401, 1402}, 130'000'000, {8080},
+       "GNOME Terminal"},
       // Codex runs commands with "bash -lc", which is not "-c": the climb stops at the server.
       {"server:1506", "server:/home/dev/api:Python", "Python :8000", {1506}, 20'000'000, {8000}, "Codex", 1501},
-      {"agent:1501", "agent:/home/dev/api", "Codex", {1501, 1503, 1504, 1505}, 248'000'000, {}, "GNOME Terminal", {}, true},
+      {"agent:1501", "agent:/home/dev/api", "Codex", {1501, 1503, 1504, 1505}, 248'000'000, {}, "GNOME Terminal", {},
+       true},
   });
 }
 
 TEST(BrokenTreeTest, CyclesMissingParentsAndBlankFieldsStillGiveRows) {
   const auto items = detect(loadWorld("broken_tree.json"));
-  const auto* ring = [&]() -> const Item* {
-    for (const auto& item : items)
-      if (item.key == "server:/home/dev/ring:Node") return &item;
-    return nullptr;
-  }();
-  ASSERT_TRUE(ring);
+  const auto ring = std::find_if(items.begin(), items.end(),
+                                 [](const Item& item) { return item.key == "server:/home/dev/ring:Node"; });
+  ASSERT_NE(ring, items.end());
   EXPECT_THAT(ring->pids, ::testing::UnorderedElementsAre(2060, 2061, 2062));
   EXPECT_EQ(findItem(items, "server:2051")->startedBy, "Claude Code");  // agent and server parent each other
   EXPECT_EQ(findItem(items, "tunnel:2072")->title, "kubectl port-forward");
@@ -155,9 +163,7 @@ TEST(BrokenTreeTest, CyclesMissingParentsAndBlankFieldsStillGiveRows) {
     EXPECT_NE(item.kind, Item::Kind::docker);
     EXPECT_NE(item.id, "server:2040");
   }
-  std::set<int32_t> owned;
-  for (const auto& item : items)
-    for (const int32_t pid : item.pids) EXPECT_TRUE(owned.insert(pid).second) << pid;
+  expectEachProcessInOneRow(items);
 }
 
 }  // namespace

@@ -9,14 +9,15 @@
 namespace corvane {
 namespace {
 
-using testing::findItem;
 using testing::makeProc;
 using testing::worldOf;
 
 const std::string node = "/opt/homebrew/bin/node";
 const std::string app = "/Users/ann/app";
 
-TEST(LaunchRootTest, ClimbsThroughCommandShellsWithinOneFolder) {
+// The climb goes up through command shells within one folder; the launcher is the nearest agent or
+// application above, whatever the folders.
+TEST(LaunchChainTest, RootAndLauncher) {
   Detection d(worldOf({
       makeProc(10, 9, "/bin/zsh", {"-zsh"}, app),
       makeProc(11, 10, node, {"npm run dev"}, app),
@@ -33,33 +34,32 @@ TEST(LaunchRootTest, ClimbsThroughCommandShellsWithinOneFolder) {
       makeProc(32, 1, "/Applications/Zed.app/Contents/MacOS/zed", {}, app), makeProc(33, 32, node, {}, app),
       makeProc(34, 1, "/usr/local/bin/gemini", {"gemini"}, app), makeProc(35, 34, node, {}, app),
       makeProc(36, 1, node, {}, app), makeProc(37, 36, node, {}, app),
+
+      makeProc(110, 1, "/Applications/Visual Studio Code.app/Contents/MacOS/Electron"),
+      makeProc(111, 110, "/Applications/Visual Studio Code.app/Contents/Frameworks/Code Helper.app/Contents/MacOS/"
+               "Code Helper"),
+      makeProc(112, 111, "/bin/zsh"),
+      // Homebrew's Python runs from an app bundle inside its framework: a tool, passed over.
+      makeProc(113, 112, "/opt/homebrew/Frameworks/Python.framework/Versions/3.12/Resources/Python.app/Contents/MacOS/"
+               "Python"),
+      makeProc(114, 113, node),
+      makeProc(120, 1, "/Applications/Tools/Foo.app/Contents/MacOS/foo"),
+      makeProc(121, 120, node),
+      makeProc(130, 110, "/Users/ann/.local/share/claude/versions/2.0.14", {"claude"}),
+      makeProc(131, 130, "/bin/zsh", {"zsh", "-c", "make"}),
+      makeProc(132, 131, "/usr/bin/make"),
   }));
   d.claimed.insert(36);
   EXPECT_EQ(d.launchRoot(*d.proc(13)), 11);
   EXPECT_EQ(d.launchRoot(*d.proc(22)), 21);
   EXPECT_EQ(d.launchRoot(*d.proc(24)), 24);
   for (const int32_t pid : {31, 33, 35, 37}) EXPECT_EQ(d.launchRoot(*d.proc(pid)), pid);
-}
 
-TEST(LauncherTest, NearestAgentOrApplicationAbove) {
-  Detection d(worldOf({
-      makeProc(10, 1, "/Applications/Visual Studio Code.app/Contents/MacOS/Electron"),
-      makeProc(11, 10, "/Applications/Visual Studio Code.app/Contents/Frameworks/Code Helper.app/Contents/MacOS/Code Helper"),
-      makeProc(12, 11, "/bin/zsh"),
-      // Homebrew's Python runs from an app bundle inside its framework: a tool, passed over.
-      makeProc(13, 12, "/opt/homebrew/Frameworks/Python.framework/Versions/3.12/Resources/Python.app/Contents/MacOS/Python"),
-      makeProc(14, 13, node),
-      makeProc(20, 1, "/Applications/Tools/Foo.app/Contents/MacOS/foo"),
-      makeProc(21, 20, node),
-      makeProc(30, 10, "/Users/ann/.local/share/claude/versions/2.0.14", {"claude"}),
-      makeProc(31, 30, "/bin/zsh", {"zsh", "-c", "make"}),
-      makeProc(32, 31, "/usr/bin/make"),
-  }));
-  EXPECT_EQ(d.launcher(14), (Launcher{"VS Code", std::nullopt}));
-  EXPECT_EQ(d.launcher(21), (Launcher{"Foo", std::nullopt}));
-  EXPECT_EQ(d.launcher(32), (Launcher{"Claude Code", 30}));
-  EXPECT_EQ(d.launcher(30), (Launcher{"VS Code", std::nullopt}));
-  EXPECT_EQ(d.launcher(10), Launcher{});
+  EXPECT_EQ(d.launcher(114), (Launcher{"VS Code", std::nullopt}));
+  EXPECT_EQ(d.launcher(121), (Launcher{"Foo", std::nullopt}));
+  EXPECT_EQ(d.launcher(132), (Launcher{"Claude Code", 130}));
+  EXPECT_EQ(d.launcher(130), (Launcher{"VS Code", std::nullopt}));
+  EXPECT_EQ(d.launcher(110), Launcher{});
 }
 
 // Each executable listens in a project and has started a server there. An application is no row and
@@ -124,23 +124,6 @@ TEST(AgentNameTest, ByNameScriptOrInstall) {
       {makeProc(1, 0, ""), std::nullopt},
   };
   for (const auto& [proc, name] : cases) EXPECT_EQ(agentName(proc), name) << proc.path;
-}
-
-TEST(BuilderTest, TitleSuffixAndLauncherNamedLikeTheRow) {
-  const auto items = detect(worldOf({
-      makeProc(10, 9, node, {"npm exec expo start"}, "/m"),
-      makeProc(11, 10, node, {"node", "/m/node_modules/.bin/expo", "start"}, "/m", {19000}),
-      makeProc(12, 11, node, {"node", "metro-worker"}, "/m", {8081}),
-      makeProc(20, 9, node, {"node", "expo/bin/cli", "start"}, "/q"),
-      makeProc(30, 1, "/opt/homebrew/bin/redis-server", {"redis-server", "/tmp/r.sock"}),
-      // A Claude Code session started from the Claude app names no launcher.
-      makeProc(40, 1, "/Applications/Claude.app/Contents/MacOS/Claude"),
-      makeProc(41, 40, "/Applications/Claude.app/Contents/Resources/claude", {"claude"}, "/x"),
-  }));
-  EXPECT_EQ(findItem(items, "bundler:10")->title, "Expo :8081");
-  EXPECT_EQ(findItem(items, "bundler:20")->title, "Expo");
-  EXPECT_EQ(findItem(items, "db:30")->title, "Redis");
-  EXPECT_FALSE(findItem(items, "agent:41")->startedBy);
 }
 
 }  // namespace

@@ -12,18 +12,12 @@ constexpr uint64_t second = 1'000'000'000;
 Date at(double seconds) { return dateFromSeconds(1'772'442'000 + seconds); }
 
 Item row(const std::string& id, uint64_t cpuTime, int64_t inbound = 0, Item::Kind kind = Item::Kind::server) {
-  Item item;
-  item.id = id;
-  item.kind = kind;
-  item.pids = {100};
-  item.cpuTime = cpuTime;
-  item.inbound = inbound;
-  return item;
+  return {.id = id, .kind = kind, .pids = {100}, .inbound = inbound, .cpuTime = cpuTime};
 }
 
 Item scan(Tracker& tracker, const Item& item, double seconds) { return tracker.update({item}, at(seconds))[0]; }
 
-TEST(TrackerTest, CpuIsMeasuredBetweenScans) {
+TEST(TrackerTest, CpuIsMeasuredFromTheNewestSampleAtLeastTenSecondsOldAndBuildsAreBusy) {
   Tracker tracker;
   const Item first = scan(tracker, row("s", 10 * second), 0);
   EXPECT_EQ(first.cpu, 0);
@@ -34,20 +28,15 @@ TEST(TrackerTest, CpuIsMeasuredBetweenScans) {
   EXPECT_TRUE(busy.building);
   // A process of the tree exited and the sum went down: no wrap-around.
   EXPECT_EQ(scan(tracker, row("s", 1 * second), 7).cpu, 0);
-}
 
-TEST(TrackerTest, BaseSampleIsTheNewestAtLeastTenSecondsOld) {
-  Tracker tracker;
   for (int t : {0, 4, 8, 12}) scan(tracker, row("x", static_cast<uint64_t>(t) * second), t);
   // At 14 s the 4 s sample is exactly 10 s old, not older: the base stays at 0 s.
   EXPECT_DOUBLE_EQ(scan(tracker, row("x", 14 * second), 14).cpu, 1.0);
   // At 19 s the 8 s sample is the newest over 10 s old.
   EXPECT_DOUBLE_EQ(scan(tracker, row("x", 13'500'000'000), 19).cpu, 0.5);
-}
 
-TEST(TrackerTest, ConnectedGradleClientMeansBuilding) {
-  Tracker tracker;
-  const auto items = tracker.update({row("gradle:1", 0, 1, Item::Kind::gradle), row("server:2", 0, 1)}, at(0));
+  // A connected client means a Gradle daemon builds, even without CPU; a server's clients don't.
+  const auto items = tracker.update({row("gradle:1", 0, 1, Item::Kind::gradle), row("server:2", 0, 1)}, at(20));
   EXPECT_TRUE(items[0].building);
   EXPECT_FALSE(items[1].building);
 }
@@ -64,25 +53,18 @@ TEST(TrackerTest, IdleAfterTenQuietMinutesUntilActiveAgain) {
   EXPECT_FALSE(scan(tracker, row("db", 5 * second, 2), 1220).idleSince);
 }
 
-TEST(TrackerTest, GoneRowsAreForgotten) {
+TEST(TrackerTest, GoneRowsAreForgottenAndRowsWithoutProcessesPassUntouched) {
   Tracker tracker;
-  tracker.update({row("a", 0), row("b", 0)}, at(0));
+  Item container{.id = "container:a1", .cpu = 0.7};
+  EXPECT_EQ(tracker.update({row("a", 0), row("b", 0), container}, at(0))[2], container);
   tracker.update({row("a", 0)}, at(700));
   EXPECT_EQ(tracker.samples.count("b"), 0u);
   EXPECT_EQ(tracker.lastActive.count("b"), 0u);
+  EXPECT_EQ(tracker.samples.count("container:a1"), 0u);
   // Back with the same id: first sight again, so active and unmeasured.
   const Item back = scan(tracker, row("b", 50 * second), 1400);
   EXPECT_EQ(back.cpu, 0);
   EXPECT_FALSE(back.idleSince);
-}
-
-TEST(TrackerTest, RowsWithoutProcessesPassUntouched) {
-  Tracker tracker;
-  Item container;
-  container.id = "container:a1";
-  container.cpu = 0.7;
-  EXPECT_EQ(tracker.update({container}, at(0))[0], container);
-  EXPECT_TRUE(tracker.samples.empty());
 }
 
 }  // namespace

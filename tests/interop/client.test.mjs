@@ -36,11 +36,6 @@ test("an SDK client initializes, lists the tools and calls them", async () => {
     assert.ok(["normal", "warning", "critical"].includes(listing.pressure));
     assert.equal(typeof listing.dev_stack_gb, "number");
     assert.ok(Array.isArray(listing.rows));
-    for (const row of listing.rows) {
-      assert.equal(typeof row.id, "string");
-      assert.equal(typeof row.can_stop, "boolean");
-      assert.equal(typeof row.memory_mb, "number");
-    }
   } finally {
     await client.close();
   }

@@ -15,9 +15,7 @@ blocks = re.findall(r"^```(\w+)\n(.*?)^```$", text, re.S | re.M)
 parsers = {"json": json.loads, "toml": tomllib.loads}
 failures = []
 seen = {"json": 0, "toml": 0}
-for language, body in blocks:
-    if language not in parsers:
-        continue
+for language, body in (block for block in blocks if block[0] in parsers):
     seen[language] += 1
     try:
         config = parsers[language](body)

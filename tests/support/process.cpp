@@ -56,12 +56,11 @@ Process::Process(const std::string& path, const std::vector<std::string>& argume
   std::vector<char*> argv;
   for (auto& s : strings) argv.push_back(s.data());
   argv.push_back(nullptr);
-  std::map<std::string, std::string> env;
-  for (char** e = environ; *e; ++e)
-    if (const char* eq = std::strchr(*e, '=')) env.emplace(std::string(*e, static_cast<size_t>(eq - *e)), eq + 1);
-  for (const auto& [name, value] : options.env) env[name] = value;
   std::vector<std::string> entries;
-  for (const auto& [name, value] : env) entries.push_back(name + "=" + value);
+  for (char** e = environ; *e; ++e)
+    if (const char* eq = std::strchr(*e, '='); eq && !options.env.count(std::string(*e, static_cast<size_t>(eq - *e))))
+      entries.push_back(*e);
+  for (const auto& [name, value] : options.env) entries.push_back(name + "=" + value);
   std::vector<char*> envp;
   for (auto& s : entries) envp.push_back(s.data());
   envp.push_back(nullptr);
@@ -199,11 +198,8 @@ ProgramResult runProgram(const std::string& path, const std::vector<std::string>
   Process program(path, arguments, {.env = std::move(env), .captureErrors = true});
   program.writeAll(input);
   program.closeInput();
-  ProgramResult result;
-  result.out = program.readToEnd(120).value_or("");
-  result.err = program.errors();
-  result.exitCode = program.waitExit(120).value_or(-1);
-  return result;
+  std::string out = program.readToEnd(120).value_or("");
+  return {program.waitExit(120).value_or(-1), std::move(out), program.errors()};
 }
 
 ProgramResult runCorvane(const std::vector<std::string>& arguments, const std::string& input,
