@@ -33,7 +33,8 @@ int main() {
       corvane::Scanner scanner(corvane::Tools{});
       cold.push_back(bench::measure([&](Cost&) { items = scanner.scan(); }));
       warm.push_back(bench::measure([&](Cost&) { items = scanner.scan(); }));
-      ps.push_back(bench::measure([&](Cost& cost) { toolsRan &= bench::runQuietly({"ps", "-eo", "pid,ppid,rss,args"}, cost); }));
+      ps.push_back(bench::measure(
+          [&](Cost& cost) { toolsRan &= bench::runQuietly({"ps", "-eo", "pid,ppid,rss,args"}, cost); }));
       ss.push_back(bench::measure([&](Cost& cost) { toolsRan &= bench::runQuietly({"ss", "-tlnp"}, cost); }));
     }
   }

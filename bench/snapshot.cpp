@@ -31,7 +31,8 @@ int main() {
       cold.push_back(bench::measure([&](Cost&) { last = corvane::snapshot(empty); }));
       cache = std::move(empty);
       warm.push_back(bench::measure([&](Cost&) { last = corvane::snapshot(cache); }));
-      ps.push_back(bench::measure([&](Cost& cost) { toolsRan &= bench::runQuietly({"ps", "-eo", "pid,ppid,rss,args"}, cost); }));
+      ps.push_back(bench::measure(
+          [&](Cost& cost) { toolsRan &= bench::runQuietly({"ps", "-eo", "pid,ppid,rss,args"}, cost); }));
       ss.push_back(bench::measure([&](Cost& cost) { toolsRan &= bench::runQuietly({"ss", "-tlnp"}, cost); }));
     }
   }

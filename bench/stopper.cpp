@@ -35,7 +35,8 @@ void BM_WaitGoneZombies(benchmark::State& state) {
     waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOWAIT);  // exited, left unreaped
   }
   std::vector<corvane::platform::ScannedProcess> scanned;
-  for (int32_t pid : zombies) scanned.push_back({pid, corvane::platform::processStarted(pid).value_or(corvane::Date{})});
+  for (int32_t pid : zombies)
+    scanned.push_back({pid, corvane::platform::processStarted(pid).value_or(corvane::Date{})});
   for (auto _ : state) benchmark::DoNotOptimize(corvane::Stopper::waitGone(scanned, 5));
   for (int32_t pid : zombies) waitpid(pid, nullptr, 0);
 }
