@@ -97,10 +97,17 @@ struct FakeDocker {
   void release() const { fs::remove(dir + "/hold"); }
 };
 
-TEST(ScannerTest, ContainersAreRefreshedInTheBackgroundAtMostEveryTenSeconds) {
+// While an engine runs (its process or its socket), containers are refreshed in the background at most
+// every ten seconds; without one they are gone.
+TEST(ScannerTest, ContainersAreRefreshedInTheBackgroundWhileAnEngineRuns) {
   const FakeDocker docker;
   FakeMachine machine{{colima}};
   Scanner scanner(docker.tools(), machine.source());
+  const std::string runtimeDir = makeTempDir("runtime");
+  const std::string socketPath = runtimeDir + "/engine.sock";
+  const ScopedEnv host("DOCKER_HOST", "unix://" + socketPath);
+  const ScopedEnv runtime("XDG_RUNTIME_DIR", runtimeDir);
+  testing_support::writeScript(runtimeDir + "/docker.sock", "");  // a plain file of that name is no engine
 
   // The first list is waited for.
   auto items = scanner.scan();
@@ -127,31 +134,25 @@ TEST(ScannerTest, ContainersAreRefreshedInTheBackgroundAtMostEveryTenSeconds) {
   machine.taken = at(15);
   EXPECT_TRUE(eventually([&] { return containerIds(scanner.scan()) == std::vector<std::string>{"container:c2"}; }));
   EXPECT_EQ(docker.psCalls(), 2);
-}
 
-TEST(ScannerTest, WithoutAnEngineTheContainersAreGone) {
-  const FakeDocker docker;
-  const std::string socketPath = makeTempDir("engine") + "/docker.sock";
-  const ScopedEnv host("DOCKER_HOST", "unix://" + socketPath);
-  const ScopedEnv runtime("XDG_RUNTIME_DIR", std::nullopt);
   if (platform::dockerSocketExists()) GTEST_SKIP() << "this machine has a Docker socket of its own";
-
-  FakeMachine machine;
-  Scanner scanner(docker.tools(), machine.source());
+  machine.procs.clear();
   {
     // No engine process, but an engine's socket.
     testing_support::Socket engine(AF_UNIX);
     ASSERT_TRUE(engine.bind(socketPath));
-    EXPECT_EQ(containerIds(scanner.scan()), std::vector<std::string>{"container:c1"});
+    machine.taken = at(16);
+    EXPECT_EQ(containerIds(scanner.scan()), std::vector<std::string>{"container:c2"});
+    // An engine reached over TCP has no socket here.
+    const ScopedEnv tcp("DOCKER_HOST", "tcp://" + socketPath);
+    machine.taken = at(17);
+    EXPECT_TRUE(containerIds(scanner.scan()).empty());
   }
-  fs::remove(socketPath);
-  machine.taken = at(5);
-  EXPECT_TRUE(containerIds(scanner.scan()).empty());
   // An engine process that appears brings them back only with the next refresh that is due.
   machine.procs = {colima};
-  machine.taken = at(8);
+  machine.taken = at(18);
   EXPECT_TRUE(containerIds(scanner.scan()).empty());
-  EXPECT_EQ(docker.psCalls(), 1);
+  EXPECT_EQ(docker.psCalls(), 2);
 }
 
 // Rows carry the name of the nearest repository above their folder, which the scanner remembers for

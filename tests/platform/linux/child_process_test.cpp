@@ -7,9 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/docker_socket.h"
 #include "support/fake_programs.h"
-#include "support/listeners.h"
 
 namespace corvane::platform {
 namespace {
@@ -18,17 +16,15 @@ using testing_support::makeTempDir;
 using testing_support::readFile;
 using testing_support::writeScript;
 
-TEST(ChildProcessTest, ProgramIgnoringSIGTERMIsKilledAfterTheGrace) {
+// A program ignoring SIGTERM is killed after the grace; a detached one runs and leaves no zombie.
+TEST(ChildProcessTest, StubbornProgramKilledAfterTheGraceDetachedOneLeavesNoZombie) {
   const std::string dir = makeTempDir("child");
   const std::string script = writeScript(dir + "/stubborn", "trap '' TERM\nwhile :; do sleep 0.05; done\n");
   const auto started = std::chrono::steady_clock::now();
   EXPECT_FALSE(runCapturingOutput(script, {}, dir + "/out", 0.2, 0.3));
   EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(3));
   EXPECT_FALSE(std::filesystem::exists(dir + "/out"));
-}
 
-TEST(ChildProcessTest, DetachedProgramRunsAndLeavesNoZombie) {
-  const std::string dir = makeTempDir("child");
   ASSERT_TRUE(launchDetached(writeScript(dir + "/bg", "echo $$ > \"$1\"\n"), {dir + "/pid"}));
   EXPECT_FALSE(launchDetached(dir + "/missing", {}));
   std::string pid;
@@ -40,23 +36,6 @@ TEST(ChildProcessTest, DetachedProgramRunsAndLeavesNoZombie) {
   for (int i = 0; i < 200 && !gone; ++i, std::this_thread::sleep_for(std::chrono::milliseconds(10)))
     gone = !std::filesystem::exists("/proc/" + std::to_string(std::stol(pid)));
   EXPECT_TRUE(gone);
-}
-
-TEST(DockerSocketTest, FoundThroughDockerHostOrRuntimeDirectory) {
-  const std::string dir = makeTempDir("sock");
-  testing_support::ScopedEnv runtime("XDG_RUNTIME_DIR", dir);
-  testing_support::ScopedEnv host("DOCKER_HOST", "unix://" + dir + "/engine.sock");
-  const bool systemSocket = std::filesystem::exists("/var/run/docker.sock");
-  writeScript(dir + "/docker.sock", "");  // a plain file of that name is no engine
-  if (!systemSocket) EXPECT_FALSE(dockerSocketExists());
-
-  testing_support::Socket engine(AF_UNIX);
-  ASSERT_TRUE(engine.bind(dir + "/engine.sock"));
-  EXPECT_TRUE(dockerSocketExists());
-  {
-    testing_support::ScopedEnv tcp("DOCKER_HOST", "tcp://" + dir + "/engine.sock");
-    if (!systemSocket) EXPECT_FALSE(dockerSocketExists());
-  }
 }
 
 }  // namespace
