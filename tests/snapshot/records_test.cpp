@@ -28,31 +28,13 @@ TEST(DateTest, ISO8601KeepsMicrosecondsAndReadsOffsets) {
   EXPECT_DOUBLE_EQ(secondsSinceReferenceDate(dateFromSeconds(978307200 + 1.5)), 1.5);
 }
 
-TEST(ProcTest, MalformedJSONBecomesAnErrorValue) {
-  const json good = toJSON(sample);
-  auto broken = [&](auto change) {
-    json j = good;
-    change(j);
-    return decodeProc(j);
-  };
-  EXPECT_EQ(decodeProc(json::array()).error, "Proc must be a JSON object.");
-  EXPECT_EQ(broken([](json& j) { j.erase("pid"); }).error, "Proc: the key \"pid\" is missing.");
-  EXPECT_EQ(broken([](json& j) { j["pid"] = "12"; }).error, "Proc: \"pid\" must be a 32-bit integer.");
-  EXPECT_FALSE(broken([](json& j) { j["pid"] = 5000000000LL; }));
-  EXPECT_FALSE(broken([](json& j) { j["footprint"] = -1; }));
-  EXPECT_FALSE(broken([](json& j) { j["listening"] = {3000, 70000}; }));
-  EXPECT_FALSE(broken([](json& j) { j["args"] = {"a", 1}; }));
-  EXPECT_FALSE(broken([](json& j) { j["started"] = "yesterday"; }));
-  EXPECT_FALSE(broken([](json& j) { j["responsible"] = "x"; }));
-  EXPECT_TRUE(broken([](json& j) { j["responsible"] = nullptr; }));
-}
-
-// With and without a responsible process, which is left out of the JSON when absent.
-TEST(SnapshotTest, RoundTripsThroughAFile) {
+// With and without a responsible process, which is left out of the JSON when absent; what doesn't
+// decode is an error value.
+TEST(SnapshotTest, RoundTripsThroughAFileAndMalformedJSONIsAnErrorValue) {
   EXPECT_EQ(toJSON(Snapshot{{}, dateFromSeconds(1772356500)})["procs"], json::array());
-  const json proc = toJSON(sample);
-  EXPECT_FALSE(proc.contains("responsible"));
-  EXPECT_EQ(proc["started"], "2026-03-01T09:15:00.123456Z");
+  const json good = toJSON(sample);
+  EXPECT_FALSE(good.contains("responsible"));
+  EXPECT_EQ(good["started"], "2026-03-01T09:15:00.123456Z");
 
   Snapshot s{{sample, sample}, dateFromSeconds(1772356512.5)};
   s.procs[1].pid = 4122;
@@ -68,6 +50,19 @@ TEST(SnapshotTest, RoundTripsThroughAFile) {
   EXPECT_EQ(noProcs.error, "Snapshot: the key \"procs\" is missing.");
   auto badProc = decodeSnapshot(json{{"taken", "2026-03-01T09:15:00Z"}, {"procs", {1}}});
   EXPECT_EQ(badProc.error, "Snapshot: process 0: Proc must be a JSON object.");
+  auto broken = [&](auto change) {
+    json j = good;
+    change(j);
+    return decodeProc(j);
+  };
+  EXPECT_EQ(broken([](json& j) { j.erase("pid"); }).error, "Proc: the key \"pid\" is missing.");
+  EXPECT_EQ(broken([](json& j) { j["pid"] = "12"; }).error, "Proc: \"pid\" must be a 32-bit integer.");
+  EXPECT_FALSE(broken([](json& j) { j["pid"] = 5000000000LL; }));
+  EXPECT_FALSE(broken([](json& j) { j["listening"] = {3000, 70000}; }));
+  EXPECT_FALSE(broken([](json& j) { j["args"] = {"a", 1}; }));
+  EXPECT_FALSE(broken([](json& j) { j["started"] = "yesterday"; }));
+  EXPECT_FALSE(broken([](json& j) { j["responsible"] = "x"; }));
+  EXPECT_TRUE(broken([](json& j) { j["responsible"] = nullptr; }));
 }
 
 }  // namespace
