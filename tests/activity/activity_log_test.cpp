@@ -32,16 +32,21 @@ TEST(ActivityLogTest, CompactLinesNoTrailingNewlineNoCorruptLinesNoMoreThanTheMo
   const ActivityLog log = freshLog();
   log.append({});
   EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(log.path).parent_path()));
-  const auto first = entries("kubectl port-forward svc/api ", 1);
-  log.append(first);
+  // A stopped container: its memory no longer counts, and it can be started again.
+  Item container{.kind = Item::Kind::container, .title = "shop/db", .memory = 300, .counted = false};
+  container.stop = Stop::containers({"c0ffee"});
+  const Activity first = makeActivity(container, dateFromSeconds(1'772'356'500.5), "Codex via MCP");
+  EXPECT_EQ(first.memory, 0u);
+  EXPECT_EQ(first.undo, Undo::start({"c0ffee"}));
+  log.append({first});
   log.append(entries("second", 1));
   EXPECT_TRUE(std::filesystem::exists(log.lockPath()));
   const std::string text = readFile(log.path);
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1);
   EXPECT_NE(text.back(), '\n');
   EXPECT_EQ(text.find("\": "), std::string::npos);
-  EXPECT_NE(text.find("svc\\/api"), std::string::npos);
-  EXPECT_EQ(log.read().front(), first.front());
+  EXPECT_NE(text.find("shop\\/db"), std::string::npos);
+  EXPECT_EQ(log.read().front(), first);  // its id a well-formed upper-case UUID
 
   // Lines that don't decode are skipped, and gone once the next append rewrites the file.
   const size_t split = text.find('\n');

@@ -23,18 +23,6 @@ TEST(UndoTest, DerivedFromTheStopMethod) {
   EXPECT_EQ(undoOf("docker:x", std::nullopt), std::nullopt);
 }
 
-TEST(ActivityTest, BuiltFromTheStoppedRow) {
-  Item container{.kind = Item::Kind::container, .title = "db", .memory = 300, .counted = false};
-  container.stop = Stop::containers({"c0ffee"});
-  const Activity a = makeActivity(container, now(), "Codex via MCP");
-  EXPECT_EQ(a.memory, 0u);
-  EXPECT_EQ(a.undo, Undo::start({"c0ffee"}));
-  EXPECT_FALSE(a.undone);
-  EXPECT_TRUE(decodeActivity(toJSON(a))) << a.id;  // a well-formed UUID
-  EXPECT_EQ(a.id.find_first_of("abcdef"), std::string::npos);
-  EXPECT_NE(a.id, makeActivity(container, a.date, "x").id);
-}
-
 TEST(ActivityTest, JSONFormIsStrict) {
   const json withUndo = json::parse(R"({"id": "0B5E7A2C-1D3F-4A6B-8C9D-0E1F2A3B4C5D", "date": 794049300.125,
       "title": "iPhone 16", "kind": "simulator", "memory": 2000000000, "reason": "corvane stop",
@@ -62,10 +50,9 @@ TEST(ActivityTest, JSONFormIsStrict) {
     EXPECT_FALSE(decodeActivity(missing)) << key;
   }
   const std::vector<std::pair<const char*, json>> wrong = {
-      {"id", "not-a-uuid"}, {"date", "2026-01-01"}, {"kind", "gradel"}, {"memory", -1},
-      {"memory", 1.5},      {"reason", nullptr},    {"undone", 0},      {"undo", {{"boot", {{"udid", 1}}}}},
-      {"date", 9.3e12},     {"date", -9.3e12},      {"date", 1e300},    {"undo", {{"relaunch", json::object()}}},
-      {"undo", {{"boot", {{"udid", "U"}}}, {"avd", {{"_0", "P"}}}}}};
+      {"id", "not-a-uuid"}, {"date", "2026-01-01"}, {"kind", "gradel"}, {"memory", -1}, {"memory", 1.5},
+      {"reason", nullptr}, {"undone", 0}, {"date", 9.3e12}, {"date", -9.3e12}, {"undo", {{"boot", {{"udid", 1}}}}},
+      {"undo", {{"relaunch", json::object()}}}, {"undo", {{"boot", {{"udid", "U"}}}, {"avd", {{"_0", "P"}}}}}};
   for (const auto& [key, value] : wrong) {
     json bad = withUndo;
     bad[key] = value;

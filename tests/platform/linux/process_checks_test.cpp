@@ -9,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/paths.h"
 #include "platform/signals.h"
 #include "stop/stopper.h"
 #include "support/process.h"
