@@ -1,9 +1,10 @@
+#include <csignal>
 #include <filesystem>
 #include <thread>
 
 #include <gtest/gtest.h>
 
-#include "platform/paths.h"
+#include "platform/child_process.h"
 #include "tools/tools.h"
 #include "support/fake_programs.h"
 
@@ -48,6 +49,28 @@ TEST(RunTest, StatusAndStandardOutputOrNothing) {
     EXPECT_FALSE(entry.path().filename().string().starts_with("corvane-")) << entry.path();
   testing_support::ScopedEnv tmp("TMPDIR", dir + "/missing");
   EXPECT_FALSE(run(writeScript(dir + "/ok", "exit 0\n"), {}, 1));
+}
+
+// A program ignoring SIGTERM is killed after the grace; a detached one runs and leaves no zombie.
+TEST(RunTest, StubbornProgramKilledAfterTheGraceDetachedOneLeavesNoZombie) {
+  const std::string dir = testing_support::makeTempDir("child");
+  const std::string script = writeScript(dir + "/stubborn", "trap '' TERM\nwhile :; do sleep 0.05; done\n");
+  const auto started = std::chrono::steady_clock::now();
+  EXPECT_FALSE(platform::runCapturingOutput(script, {}, dir + "/out", 0.2, 0.3));
+  EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(3));
+  EXPECT_FALSE(std::filesystem::exists(dir + "/out"));
+
+  ASSERT_TRUE(launchDetached(writeScript(dir + "/bg", "echo $$ > \"$1\"\n"), {dir + "/pid"}));
+  EXPECT_FALSE(launchDetached(dir + "/missing", {}));
+  std::string pid;
+  for (int i = 0; i < 200 && pid.empty(); ++i, std::this_thread::sleep_for(std::chrono::milliseconds(10)))
+    pid = testing_support::readFile(dir + "/pid");
+  ASSERT_FALSE(pid.empty());
+  // A zombie would stay until this test process ended.
+  bool gone = false;
+  for (int i = 0; i < 200 && !gone; ++i, std::this_thread::sleep_for(std::chrono::milliseconds(10)))
+    gone = kill(std::stoi(pid), 0) != 0;
+  EXPECT_TRUE(gone);
 }
 
 }  // namespace
