@@ -178,7 +178,6 @@ TEST(ScannerTest, RowsCarryTheirProjectAndRecentCPUUse) {
 
   EXPECT_EQ(scanner.projectName(root + "/worktree/src"), "worktree");
   EXPECT_EQ(scanner.projectName(root + "/plain/src"), "src");
-  EXPECT_EQ(scanner.projectName("/"), std::nullopt);
   EXPECT_EQ(scanner.projectName(platform::homeDirectory()), std::nullopt);
   // A repository made later is not noticed by this scanner.
   fs::create_directories(root + "/plain/.git");

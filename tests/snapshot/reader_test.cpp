@@ -83,7 +83,6 @@ TEST(ReaderTest, ForkedServerInATemporaryProject) {
     ASSERT_TRUE(line >> role >> pid) << text;
     forks[role] = pid;
   }
-  ASSERT_EQ(forks["master"], server.pid());
 
   ArgsCache cache;
   const Snapshot snapshot = corvane::snapshot(cache);
@@ -147,7 +146,6 @@ TEST(ReaderTest, ArgsCacheZombieOtherUsersAndOwnSockets) {
   ASSERT_NE(port, 0);
   const bool ipv6 = v6.fd >= 0 && v6.listen(port) == port;  // else no IPv6 loopback
   const uint16_t dualPort = ipv6 ? dualStack.listen(0, true) : 0;
-  ASSERT_EQ(dualPort != 0, ipv6);
   ASSERT_TRUE(!ipv6 || client.connect(dualPort));
   const Socket accepted = ipv6 ? dualStack.accepted() : Socket(-1);
 
@@ -158,16 +156,14 @@ TEST(ReaderTest, ArgsCacheZombieOtherUsersAndOwnSockets) {
   // Only Linux lists zombies among the user's processes. A folder removed under a process reads as it was.
   std::filesystem::remove(folder);
   if (user == 0) {
-    // Another user throughout, and another real user behind root as the effective one (whose /proc
-    // entry shows root, like a setuid program's).
-    for (const uid_t effective : {65534, 0}) {
-      children.push_back(std::make_unique<Process>([effective] {
-        if (setresgid(65534, 65534, 65534) != 0 || setresuid(65534, effective, effective) != 0) _exit(1);
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        pause();
-      }));
-      others.push_back(children.back()->pid());
-    }
+    // Another real user behind root as the effective one (whose /proc entry shows root, like a setuid
+    // program's).
+    children.push_back(std::make_unique<Process>([] {
+      if (setresgid(65534, 65534, 65534) != 0 || setresuid(65534, 0, 0) != 0) _exit(1);
+      prctl(PR_SET_PDEATHSIG, SIGKILL);
+      pause();
+    }));
+    others.push_back(children.back()->pid());
   } else
 #endif
   if (const auto owner = platform::processOwner(1); owner && owner->realUid != user) {

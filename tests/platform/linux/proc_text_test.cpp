@@ -9,7 +9,7 @@ namespace {
 
 using ::testing::ElementsAre;
 
-TEST(ProcTextTest, StatFieldsCountFromTheLastParenthesisAndStatusLinesByName) {
+TEST(ProcTextTest, StatFieldsCountFromTheLastParenthesisStatusLinesByNameAndSmallReadings) {
   const char* line =
       "4121 (my (odd) name) x) S 4100 4121 4100 34816 4121 4194304 2051 0 0 0 1250 375 0 0 20 0 7 0 "
       "987654 1234567 890 18446744073709551615 1 1 0 0 0 0 0 4096 0 0 0 0 17 1 0 0 0 0 0\n";
@@ -39,9 +39,7 @@ TEST(ProcTextTest, StatFieldsCountFromTheLastParenthesisAndStatusLinesByName) {
   EXPECT_EQ(thread.realUid, 0u);
   EXPECT_EQ(thread.rssAnonKB, 0u);
   EXPECT_FALSE(parseStatus("Name:\tx\n").realUid);
-}
 
-TEST(ProcTextTest, SmallReadings) {
   EXPECT_THAT(splitAtNul(std::string_view("node\0server.js\0\0--port\0", 23)),
               ElementsAre("node", "server.js", "", "--port"));
   EXPECT_THAT(splitAtNul("title set by the process"), ElementsAre("title set by the process"));
