@@ -60,8 +60,7 @@ TEST(ActivityTest, UndoOfTheStopAndStrictJSONForm) {
   for (const double far : {9.2e12, -9.2e12}) {
     json edge = withUndo;
     edge["date"] = far;
-    ASSERT_TRUE(decodeActivity(edge)) << far;
-    EXPECT_EQ(toJSON(*decodeActivity(edge).value)["date"], far);
+    EXPECT_EQ(toJSON(decodeActivity(edge).value.value_or(a))["date"], far) << far;
   }
 }
 
