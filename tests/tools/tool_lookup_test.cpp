@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include <gtest/gtest.h>
 
 #include "platform/defaults.h"
@@ -53,7 +55,7 @@ TEST_F(ToolsLoadTest, KnownPathsAndSDKCandidatesNeedNoShell) {
   EXPECT_EQ(s.readDictionary("toolMisses"), platform::DefaultsDictionary{});
 }
 
-TEST_F(ToolsLoadTest, LoginShellFindsToolsAndRemembersMisses) {
+TEST_F(ToolsLoadTest, LoginShellFindsToolsAndRemembersMissesForADay) {
   const auto s = store();
   // A record of the wrong shape counts as none: xcrun is asked for again.
   ASSERT_TRUE(s.writeDictionary("toolMisses", {{"xcrun", hoursAgo(1)}, {"adb", std::string("yesterday")}}));
@@ -62,7 +64,7 @@ TEST_F(ToolsLoadTest, LoginShellFindsToolsAndRemembersMisses) {
                                         "\"command -v adb\") echo 'Welcome back!'; echo " + adb + " ;;"));
   EXPECT_EQ(tools.paths, (std::map<std::string, std::string>{{"docker", docker}, {"xcrun", xcrun}}));
   EXPECT_EQ(asked(), "command -v xcrun\ncommand -v adb\ncommand -v emulator\n");
-  const auto misses = s.readDictionary("toolMisses");
+  auto misses = s.readDictionary("toolMisses");
   ASSERT_TRUE(misses);
   ASSERT_EQ(misses->size(), 2u);  // the greeting made adb a miss
   for (const char* tool : {"adb", "emulator"}) {
@@ -70,18 +72,17 @@ TEST_F(ToolsLoadTest, LoginShellFindsToolsAndRemembersMisses) {
     ASSERT_TRUE(date) << tool;
     EXPECT_LT(std::abs(secondsBetween(*date, now())), 5);
   }
-}
 
-TEST_F(ToolsLoadTest, MissesAreTrustedForADay) {
-  const auto s = store();
+  // Misses are trusted for a day, unless the tool's known path is no longer there.
+  std::filesystem::remove(dir + "/asked");
   const Date recent = hoursAgo(23);
   ASSERT_TRUE(s.writeDictionary("toolMisses", {{"xcrun", recent}, {"adb", hoursAgo(25)}, {"emulator", recent}}));
   const std::string stale = dir + "/gone/emulator";  // known, but no longer there
-  const Tools tools = Tools::load({{"docker", docker}, {"emulator", stale}}, &s,
+  const Tools again = Tools::load({{"docker", docker}, {"emulator", stale}}, &s,
                                   shell("\"command -v xcrun\"|\"command -v adb\") echo " + adb + " ;;"));
-  EXPECT_EQ(tools.paths, (std::map<std::string, std::string>{{"adb", adb}, {"docker", docker}}));
+  EXPECT_EQ(again.paths, (std::map<std::string, std::string>{{"adb", adb}, {"docker", docker}}));
   EXPECT_EQ(asked(), "command -v adb\ncommand -v emulator\n");
-  const auto misses = s.readDictionary("toolMisses");
+  misses = s.readDictionary("toolMisses");
   ASSERT_TRUE(misses);
   EXPECT_EQ(misses->count("adb"), 0u);
   // Property-list dates in XML keep whole seconds.

@@ -1,9 +1,10 @@
+#include <csignal>
 #include <filesystem>
 #include <thread>
 
 #include <gtest/gtest.h>
 
-#include "platform/paths.h"
+#include "platform/child_process.h"
 #include "tools/tools.h"
 #include "support/fake_programs.h"
 
@@ -12,30 +13,25 @@ namespace {
 
 using testing_support::writeScript;
 
-// Each test has a temporary directory of its own, so that what other tests leave running can't put
-// files among those it counts.
-class RunTest : public testing::Test {
- protected:
-  bool outputFilesLeft() const {
-    for (const auto& entry : std::filesystem::directory_iterator(tmp_))
-      if (entry.path().filename().string().starts_with("corvane-")) return true;
-    return false;
-  }
-
- private:
-  const std::string tmp_ = testing_support::makeTempDir("tmp");
-  const testing_support::ScopedEnv tmpdir_{"TMPDIR", tmp_};
-};
-
-// Nothing comes back from a program that can't start or that the time-out ends, and no output file is
-// left behind by any run.
-TEST_F(RunTest, StatusAndStandardOutputOrNothing) {
+// Nothing comes back from a program that can't start or that the time-out ends, no output file is left
+// behind by any run, and runs at the same time keep their own output.
+TEST(RunTest, StatusAndStandardOutputOrNothing) {
+  // The output files go to a temporary directory of this test's own, so that what other tests leave
+  // running can't put files among those it counts.
   const std::string dir = testing_support::makeTempDir("run");
-  const auto result = run(writeScript(dir + "/tool", "printf '%s|' \"$@\"; echo err >&2; read l && echo in; exit 3\n"),
-                          {"a b", "", "c"}, 5);
-  ASSERT_TRUE(result);
-  EXPECT_EQ(result->status, 3);
-  EXPECT_EQ(result->data, "a b||c|");
+  const testing_support::ScopedEnv tmpdir("TMPDIR", dir);
+  const std::string tool =
+      writeScript(dir + "/tool", "sleep 0.05; printf '%s|' \"$@\"; echo err >&2; read l && echo in; exit $3\n");
+  std::vector<std::optional<Tools::Output>> results(8);
+  std::vector<std::thread> threads;
+  for (size_t i = 0; i < results.size(); ++i)
+    threads.emplace_back([&, i] { results[i] = run(tool, {"a b", "", std::to_string(i)}, 5); });
+  for (auto& thread : threads) thread.join();
+  for (size_t i = 0; i < results.size(); ++i) {
+    ASSERT_TRUE(results[i]);
+    EXPECT_EQ(results[i]->status, static_cast<int32_t>(i));
+    EXPECT_EQ(results[i]->data, "a b||" + std::to_string(i) + "|");
+  }
 
   // The time-out sends SIGTERM: a program that exits by itself on it gives its own status.
   EXPECT_FALSE(run(writeScript(dir + "/slow", "echo started; exec sleep 10\n"), {}, 0.2));
@@ -49,24 +45,32 @@ TEST_F(RunTest, StatusAndStandardOutputOrNothing) {
   std::filesystem::permissions(plain, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
   EXPECT_FALSE(run(plain, {}, 1));
   EXPECT_FALSE(run(dir + "/missing", {}, 1));
-  EXPECT_FALSE(outputFilesLeft());
+  for (const auto& entry : std::filesystem::directory_iterator(dir))
+    EXPECT_FALSE(entry.path().filename().string().starts_with("corvane-")) << entry.path();
   testing_support::ScopedEnv tmp("TMPDIR", dir + "/missing");
   EXPECT_FALSE(run(writeScript(dir + "/ok", "exit 0\n"), {}, 1));
 }
 
-TEST_F(RunTest, ConcurrentRunsKeepTheirOwnOutput) {
-  const std::string script =
-      writeScript(testing_support::makeTempDir("run") + "/echo", "sleep 0.05; echo $1; exit $1\n");
-  std::vector<std::optional<Tools::Output>> results(8);
-  std::vector<std::thread> threads;
-  for (size_t i = 0; i < results.size(); ++i)
-    threads.emplace_back([&, i] { results[i] = run(script, {std::to_string(i)}, 5); });
-  for (auto& thread : threads) thread.join();
-  for (size_t i = 0; i < results.size(); ++i) {
-    ASSERT_TRUE(results[i]);
-    EXPECT_EQ(results[i]->status, static_cast<int32_t>(i));
-    EXPECT_EQ(results[i]->data, std::to_string(i) + "\n");
-  }
+// A program ignoring SIGTERM is killed after the grace; a detached one runs and leaves no zombie.
+TEST(RunTest, StubbornProgramKilledAfterTheGraceDetachedOneLeavesNoZombie) {
+  const std::string dir = testing_support::makeTempDir("child");
+  const std::string script = writeScript(dir + "/stubborn", "trap '' TERM\nwhile :; do sleep 0.05; done\n");
+  const auto started = std::chrono::steady_clock::now();
+  EXPECT_FALSE(platform::runCapturingOutput(script, {}, dir + "/out", 0.2, 0.3));
+  EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(3));
+  EXPECT_FALSE(std::filesystem::exists(dir + "/out"));
+
+  ASSERT_TRUE(launchDetached(writeScript(dir + "/bg", "echo $$ > \"$1\"\n"), {dir + "/pid"}));
+  EXPECT_FALSE(launchDetached(dir + "/missing", {}));
+  std::string pid;
+  for (int i = 0; i < 200 && pid.empty(); ++i, std::this_thread::sleep_for(std::chrono::milliseconds(10)))
+    pid = testing_support::readFile(dir + "/pid");
+  ASSERT_FALSE(pid.empty());
+  // A zombie would stay until this test process ended.
+  bool gone = false;
+  for (int i = 0; i < 200 && !gone; ++i, std::this_thread::sleep_for(std::chrono::milliseconds(10)))
+    gone = kill(std::stoi(pid), 0) != 0;
+  EXPECT_TRUE(gone);
 }
 
 }  // namespace

@@ -1,4 +1,6 @@
+// Readings of the kernel's /proc texts.
 #include "platform/linux/proc_text.h"
+#include "platform/linux/meminfo.h"
 
 #include <gmock/gmock.h>
 
@@ -7,7 +9,7 @@ namespace {
 
 using ::testing::ElementsAre;
 
-TEST(ProcTextTest, StatFieldsCountFromTheLastParenthesisAndStatusLinesByName) {
+TEST(ProcTextTest, StatFieldsCountFromTheLastParenthesisStatusLinesByNameAndSmallReadings) {
   const char* line =
       "4121 (my (odd) name) x) S 4100 4121 4100 34816 4121 4194304 2051 0 0 0 1250 375 0 0 20 0 7 0 "
       "987654 1234567 890 18446744073709551615 1 1 0 0 0 0 0 4096 0 0 0 0 17 1 0 0 0 0 0\n";
@@ -37,17 +39,13 @@ TEST(ProcTextTest, StatFieldsCountFromTheLastParenthesisAndStatusLinesByName) {
   EXPECT_EQ(thread.realUid, 0u);
   EXPECT_EQ(thread.rssAnonKB, 0u);
   EXPECT_FALSE(parseStatus("Name:\tx\n").realUid);
-}
 
-TEST(ProcTextTest, SmallReadings) {
   EXPECT_THAT(splitAtNul(std::string_view("node\0server.js\0\0--port\0", 23)),
               ElementsAre("node", "server.js", "", "--port"));
   EXPECT_THAT(splitAtNul("title set by the process"), ElementsAre("title set by the process"));
   EXPECT_TRUE(splitAtNul("").empty());
   // A rewritten title leaves the rest of the argument area as NUL bytes.
   EXPECT_THAT(splitAtNul(std::string_view("nginx: worker\0\0\0\0\0", 18)), ElementsAre("nginx: worker"));
-  EXPECT_THAT(splitAtNul(std::string_view("a\0\0b\0\0", 6)), ElementsAre("a", "", "b"));
-  EXPECT_TRUE(splitAtNul(std::string_view("\0\0", 2)).empty());
   // A process's own folder and executable may have been removed since it started.
   for (auto [link, target] : std::initializer_list<std::pair<const char*, const char*>>{
            {"/usr/bin/node (deleted)", "/usr/bin/node"}, {"/usr/bin/node", "/usr/bin/node"},
@@ -58,6 +56,29 @@ TEST(ProcTextTest, SmallReadings) {
     EXPECT_FALSE(socketInode(link)) << link;
   EXPECT_EQ(bootTime("cpu  1 2 3\nintr 5 6\nbtime 1772356500\nprocesses 900\n"), 1772356500);
   EXPECT_FALSE(bootTime("cpu  1 2 3\n"));
+}
+
+TEST(MeminfoTest, PressureLevelsAndSwap) {
+  const auto psi = [](const std::string& some, const std::string& full) {
+    return "some avg10=" + some + " avg60=0.00 avg300=0.00 total=9\n"
+           "full avg10=" + full + " avg60=0.00 avg300=0.00 total=0\n";
+  };
+  EXPECT_EQ(levelFromPSI(psi("0.00", "0.00")), 1);
+  EXPECT_EQ(levelFromPSI(psi("10.00", "9.99")), 2);
+  EXPECT_EQ(levelFromPSI(psi("45.10", "10.00")), 4);
+  EXPECT_FALSE(levelFromPSI("garbage\n"));
+
+  const char* text =
+      "MemTotal:       1000000 kB\nMemFree:  1 kB\nMemAvailable:    100000 kB\n"
+      "SwapTotal:       2048 kB\nSwapFree:        1024 kB\n";
+  EXPECT_EQ(levelFromMeminfo(text), 2);
+  EXPECT_EQ(swapUsedFromMeminfo(text), 1024u * 1024u);
+  EXPECT_EQ(levelFromMeminfo("MemTotal: 100 kB\nMemAvailable: 4 kB\n"), 4);
+  EXPECT_EQ(levelFromMeminfo("MemTotal: 100 kB\nMemAvailable: 15 kB\n"), 1);
+  EXPECT_FALSE(levelFromMeminfo("MemTotal: 0 kB\nMemAvailable: 0 kB\n"));
+  EXPECT_EQ(swapUsedFromMeminfo(""), 0u);
+  // "MemAvailable" must not be read from a longer key that starts the same way.
+  EXPECT_FALSE(meminfoValue("MemAvailableX: 5 kB\n", "MemAvailable"));
 }
 
 }  // namespace
