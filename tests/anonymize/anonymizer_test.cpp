@@ -118,8 +118,6 @@ TEST_F(RulesTest, AnExecutableIsHashedWhenItsNameIsPrivateAnywhereInTheSnapshot)
   untouched.path = own.path, untouched.name = own.name, untouched.args = own.args, untouched.cwd = own.cwd;
   EXPECT_EQ(untouched, own);
 
-  EXPECT_EQ(result.procs[1].cwd, "~/Projects/" + h("shop"));
-  EXPECT_EQ(result.procs[2].path, "~/" + h("tools") + "/mytool");
   EXPECT_EQ(result.procs[2].name, "mytool");
   // A secret announced at the end of one command line does not hide the start of the next.
   EXPECT_EQ(result.procs[3].args, next.args);

@@ -2,7 +2,6 @@
 #include <tuple>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "detect/pipeline.h"
 #include "detect/world_fixture.h"
@@ -90,9 +89,13 @@ TEST(DevicesAndEnginesTest, Rows) {
              {{"avd:10", "P", {10, 11}, 50}, {"docker:OrbStack", "OrbStack", {}}});
 }
 
-TEST(ProjectRowsTest, BundlersAndAgentsNamedFromTheCommandLine) {
+// A simulator's device folder must hold an upper-case UUID between slashes; a dev server is a process
+// of a project folder, outside the system's folders and any app's bundle, that listens.
+TEST(ProjectRowsTest, BundlersAndAgentsNamedFromTheCommandLineAndWhatIsNoRow) {
   const std::string node = "/usr/bin/node";
   const std::string flutter = "/Users/ann/flutter/bin/cache/flutter_tools.snapshot";
+  std::string lower = udid;
+  for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   const auto items = expectRows({
       makeProc(10, 1, "/flutter/bin/cache/dart-sdk/bin/dart", {"dart", "--packages=x", flutter, "attach"}, project),
       makeProc(11, 1, "/flutter/bin/cache/dartaotruntime", {"dartaotruntime", flutter}, "/b"),
@@ -107,6 +110,17 @@ TEST(ProjectRowsTest, BundlersAndAgentsNamedFromTheCommandLine) {
       // A Claude Code session started from the Claude app names no launcher.
       makeProc(50, 1, "/Applications/Claude.app/Contents/MacOS/Claude"),
       makeProc(51, 50, "/Applications/Claude.app/Contents/Resources/claude", {"claude"}, "/x"),
+      // No rows from here on.
+      simulator(61, 0, devices + lower),
+      simulator(62, 0, devices + udid.substr(0, 35)),
+      makeProc(63, 0, "/bin/launchd_sim", {"launchd_sim"}),
+      makeProc(70, 1, node, {"node", "vite"}, project),
+      makeProc(71, 1, node, {"node", "vite"}, "/", {3000}),
+      makeProc(72, 1, node, {"node", "vite"}, "", {3001}),
+      makeProc(73, 1, "/usr/sbin/cupsd", {}, project, {631}),
+      // An editor's language server runs inside the editor's bundle.
+      makeProc(74, 1, "/Applications/Cursor.app/Contents/Frameworks/Cursor Helper (Plugin).app/Contents/MacOS/"
+               "Cursor Helper (Plugin)", {"Cursor Helper (Plugin)", "tsserver.js"}, project, {3005}),
   }, {
       {"bundler:10", "flutter attach", {10}},
       {"bundler:11", "flutter run", {11}},
@@ -118,30 +132,10 @@ TEST(ProjectRowsTest, BundlersAndAgentsNamedFromTheCommandLine) {
   EXPECT_FALSE(items.at(5).startedBy);
 }
 
-// A simulator's device folder must hold an upper-case UUID between slashes; a dev server is a process
-// of a project folder, outside the system's folders and any app's bundle, that listens.
-TEST(ProjectRowsTest, WhatIsNoRow) {
-  std::string lower = udid;
-  for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  expectRows({
-      simulator(1, 0, devices + lower),
-      simulator(3, 0, devices + udid.substr(0, 35)),
-      makeProc(5, 0, "/bin/launchd_sim", {"launchd_sim"}),
-      makeProc(10, 1, "/usr/bin/node", {"node", "vite"}, project),
-      makeProc(11, 1, "/usr/bin/node", {"node", "vite"}, "/", {3000}),
-      makeProc(12, 1, "/usr/bin/node", {"node", "vite"}, "", {3001}),
-      makeProc(13, 1, "/usr/sbin/cupsd", {}, project, {631}),
-      // An editor's language server runs inside the editor's bundle.
-      makeProc(17, 1, "/Applications/Cursor.app/Contents/Frameworks/Cursor Helper (Plugin).app/Contents/MacOS/"
-               "Cursor Helper (Plugin)", {"Cursor Helper (Plugin)", "tsserver.js"}, project, {3005}),
-  }, {});
-}
-
 TEST(DevServerTest, NamesFromTheCommandLineOrTheListener) {
   const std::tuple<std::string, std::vector<std::string>, std::string> cases[] = {
       {"/usr/local/bin/caddy", {"caddy", "run"}, "caddy"},
       {"/usr/bin/ruby", {"puma 6.4.2 (tcp://localhost:3000) [app]"}, "Ruby"},
-      {"/usr/bin/php", {"php", "artisan", "serve"}, "Laravel"},
       // The table's order decides, not the arguments'; words compare in lower case.
       {"/usr/bin/node", {"node", "/app/node_modules/.bin/Vite", "/app/NEXT"}, "Next.js"},
   };

@@ -3,7 +3,6 @@
 #include <set>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "detect/pipeline.h"
 #include "detect/world_fixture.h"

@@ -1,5 +1,4 @@
 // The shared machinery of a run: claiming, the climb up a launch chain, launchers, agents, the builder.
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "detect/detection.h"

@@ -14,8 +14,7 @@ test("an SDK client initializes, lists the tools and calls them", async () => {
   const client = new Client({ name: "interop-test", version: "1.0.0" });
   await client.connect(transport);
   try {
-    const info = client.getServerVersion();
-    assert.equal(info.name, "corvane");
+    assert.equal(client.getServerVersion().name, "corvane");
     assert.ok(client.getServerCapabilities().tools);
     assert.ok(client.getInstructions().startsWith("Corvane sees the Mac's dev stack"));
 
