@@ -2,7 +2,6 @@
 #include <tuple>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "detect/pipeline.h"
 #include "detect/world_fixture.h"
@@ -50,50 +49,39 @@ Proc simulator(int32_t pid, int32_t ppid, const std::string& folder) {
                   {"launchd_sim", folder + "/data/var/run/launchd_bootstrap.plist"});
 }
 
-// A device booted twice makes a second, empty row; an emulator's serial comes from an even console port;
-// engines come in order of name, each with the virtual machines the system holds it responsible for.
+// A device booted twice makes a second, empty row; an emulator's serial comes from an even console port
+// (5554 to 5682); engines come in order of name, each with the virtual machines the system holds it
+// responsible for, and never another app's.
 TEST(DevicesAndEnginesTest, Rows) {
-  const std::string previewUDID = "11111111-2222-3333-4444-555555555555";
   const std::string vm = "/System/Library/Frameworks/Virtualization.framework/Versions/A/XPCServices/"
                          "com.apple.Virtualization.VirtualMachine.xpc/Contents/MacOS/"
                          "com.apple.Virtualization.VirtualMachine";
-  auto dockerVM = makeProc(60, 1, vm);
-  dockerVM.responsible = 50;
   auto utmVM = makeProc(62, 1, vm);
   utmVM.responsible = 70;
   const auto items = expectRows({
       simulator(10, 1, devices + udid), withFootprint(makeProc(11, 10, "/sim/SpringBoard"), 100),
       simulator(12, 10, devices + udid),  // inside the first, which claimed it
-      simulator(20, 1, "/Users/ann/Library/Developer/Xcode/UserData/Previews/Simulator Devices/" + previewUDID),
       makeProc(30, 1, qemu, {"qemu", "-avd", "A"}, "/", {5037, 5555}),
-      makeProc(31, 1, qemu, {"qemu", "-avd", "Pixel_8"}, "/", {5554, 5555}),
       makeProc(32, 1, qemu, {"qemu", "-avd", "C"}, "/", {5684}),
       makeProc(33, 1, qemu, {"qemu", "-netdelay", "none"}, "/", {5556}),
-      makeProc(34, 1, qemu, {"qemu", "-avd"}, "/", {5558}),
-      makeProc(50, 1, "/Applications/Docker.app/Contents/MacOS/com.docker.backend"), dockerVM,
+      makeProc(50, 1, "/Applications/Docker.app/Contents/MacOS/com.docker.backend"),
       makeProc(61, 1, vm),  // nobody responsible for it
       utmVM, makeProc(70, 1, "/Applications/UTM.app/Contents/MacOS/UTM"),
       makeProc(80, 1, "/Applications/OrbStack.app/Contents/MacOS/OrbStack"),
-      makeProc(81, 1, "/opt/homebrew/bin/limactl", {"limactl", "hostagent"}),
-      makeProc(82, 1, "/usr/bin/dockerd", {"dockerd"}),
       makeProc(83, 1, "/opt/docker-desktop/bin/com.docker.backend"),
       makeProc(84, 1, "/opt/homebrew/bin/colima", {"colima", "start"}),
   }, {
       {"sim:" + udid, "Simulator", {10, 12, 11}, 100},
       {"sim:" + udid, "Simulator", {}},
-      {"sim:" + previewUDID, "Xcode Previews · Simulator", {20}},
       {"avd:30", "A", {30}},
-      {"avd:31", "Pixel 8", {31}},
       {"avd:32", "C", {32}},
-      {"docker:Colima", "Colima", {81, 84}},
-      {"docker:Docker Desktop", "Docker Desktop", {50, 60, 83}},
-      {"docker:Docker Engine", "Docker Engine", {82}},
+      {"docker:Colima", "Colima", {84}},
+      {"docker:Docker Desktop", "Docker Desktop", {50, 83}},
       {"docker:OrbStack", "OrbStack", {80}},
   });
   EXPECT_FALSE(items.at(1).started);
+  EXPECT_EQ(items.at(2).stop, Stop::emulator(std::nullopt));
   EXPECT_EQ(items.at(3).stop, Stop::emulator(std::nullopt));
-  EXPECT_EQ(items.at(4).stop, Stop::emulator("emulator-5554"));
-  EXPECT_EQ(items.at(5).stop, Stop::emulator(std::nullopt));
 
   // An engine whose processes another row claimed first still has a row, owning nothing.
   expectRows({makeProc(10, 1, "/sdk/qemu-system-aarch64", {"qemu", "-avd", "P"}),
@@ -101,9 +89,13 @@ TEST(DevicesAndEnginesTest, Rows) {
              {{"avd:10", "P", {10, 11}, 50}, {"docker:OrbStack", "OrbStack", {}}});
 }
 
-TEST(ProjectRowsTest, BundlersDatabasesAndAgentsNamedFromTheCommandLine) {
+// A simulator's device folder must hold an upper-case UUID between slashes; a dev server is a process
+// of a project folder, outside the system's folders and any app's bundle, that listens.
+TEST(ProjectRowsTest, BundlersAndAgentsNamedFromTheCommandLineAndWhatIsNoRow) {
   const std::string node = "/usr/bin/node";
   const std::string flutter = "/Users/ann/flutter/bin/cache/flutter_tools.snapshot";
+  std::string lower = udid;
+  for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   const auto items = expectRows({
       makeProc(10, 1, "/flutter/bin/cache/dart-sdk/bin/dart", {"dart", "--packages=x", flutter, "attach"}, project),
       makeProc(11, 1, "/flutter/bin/cache/dartaotruntime", {"dartaotruntime", flutter}, "/b"),
@@ -115,71 +107,42 @@ TEST(ProjectRowsTest, BundlersDatabasesAndAgentsNamedFromTheCommandLine) {
       makeProc(21, 20, node, {"node", "/m/node_modules/.bin/expo", "start"}, "/m", {19000}),
       makeProc(22, 21, node, {"node", "metro-worker"}, "/m", {8081}),
       makeProc(30, 19, node, {"node", "expo/bin/cli", "start"}, "/q"),
-      makeProc(40, 1, "/opt/homebrew/bin/redis-server", {"redis-server", "/tmp/r.sock"}),
       // A Claude Code session started from the Claude app names no launcher.
       makeProc(50, 1, "/Applications/Claude.app/Contents/MacOS/Claude"),
       makeProc(51, 50, "/Applications/Claude.app/Contents/Resources/claude", {"claude"}, "/x"),
+      // No rows from here on.
+      simulator(61, 0, devices + lower),
+      simulator(62, 0, devices + udid.substr(0, 35)),
+      makeProc(63, 0, "/bin/launchd_sim", {"launchd_sim"}),
+      makeProc(70, 1, node, {"node", "vite"}, project),
+      makeProc(71, 1, node, {"node", "vite"}, "/", {3000}),
+      makeProc(72, 1, node, {"node", "vite"}, "", {3001}),
+      makeProc(73, 1, "/usr/sbin/cupsd", {}, project, {631}),
+      // An editor's language server runs inside the editor's bundle.
+      makeProc(74, 1, "/Applications/Cursor.app/Contents/Frameworks/Cursor Helper (Plugin).app/Contents/MacOS/"
+               "Cursor Helper (Plugin)", {"Cursor Helper (Plugin)", "tsserver.js"}, project, {3005}),
   }, {
       {"bundler:10", "flutter attach", {10}},
       {"bundler:11", "flutter run", {11}},
       {"bundler:12", "Metro", {12}},
       {"bundler:20", "Expo :8081", {20, 21, 22}},
       {"bundler:30", "Expo", {30}},
-      {"db:40", "Redis", {40}},
       {"agent:51", "Claude Code", {51}},
   });
-  EXPECT_FALSE(items.at(6).startedBy);
+  EXPECT_FALSE(items.at(5).startedBy);
 }
 
-// A simulator's device folder must hold an upper-case UUID between slashes; a dev server is a process
-// of a project folder, outside the system's folders and any app's bundle, that listens.
-TEST(ProjectRowsTest, WhatIsNoRow) {
-  std::string lower = udid;
-  for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  expectRows({
-      simulator(1, 0, devices + lower),
-      simulator(2, 0, devices + "not-a-device"),
-      simulator(3, 0, devices + udid.substr(0, 35)),
-      simulator(4, 0, "/x/" + udid + "X"),
-      makeProc(5, 0, "/bin/launchd_sim", {"launchd_sim"}),
-      makeProc(10, 1, "/usr/bin/node", {"node", "vite"}, project),
-      makeProc(11, 1, "/usr/bin/node", {"node", "vite"}, "/", {3000}),
-      makeProc(12, 1, "/usr/bin/node", {"node", "vite"}, "", {3001}),
-      makeProc(13, 1, "/usr/sbin/cupsd", {}, project, {631}),
-      makeProc(14, 1, "/usr/libexec/rapportd", {}, project, {3002}),
-      makeProc(15, 1, "/System/Library/CoreServices/x", {}, project, {3003}),
-      makeProc(16, 1, "/Library/Apple/System/Library/x", {}, project, {3004}),
-      // An editor's language server runs inside the editor's bundle.
-      makeProc(17, 1, "/Applications/Cursor.app/Contents/Frameworks/Cursor Helper (Plugin).app/Contents/MacOS/"
-               "Cursor Helper (Plugin)", {"Cursor Helper (Plugin)", "tsserver.js"}, project, {3005}),
-  }, {});
-}
-
-TEST(DevServerTest, NamesFromTheListenerOrItsWholeLaunchChain) {
+TEST(DevServerTest, NamesFromTheCommandLineOrTheListener) {
   const std::tuple<std::string, std::vector<std::string>, std::string> cases[] = {
-      {"/Library/Frameworks/Python.framework/Versions/3.12/Resources/Python.app/Contents/MacOS/Python",
-       {"python", "manage.py", "runserver"}, "Django"},
-      {"/usr/bin/python3", {"python3", "-m", "http.server"}, "Python"},
-      {"/usr/bin/node", {"node", "server.js"}, "Node"},
       {"/usr/local/bin/caddy", {"caddy", "run"}, "caddy"},
       {"/usr/bin/ruby", {"puma 6.4.2 (tcp://localhost:3000) [app]"}, "Ruby"},
-      {"/usr/bin/php", {"php", "artisan", "serve"}, "Laravel"},
       // The table's order decides, not the arguments'; words compare in lower case.
       {"/usr/bin/node", {"node", "/app/node_modules/.bin/Vite", "/app/NEXT"}, "Next.js"},
-      {"/usr/bin/node", {"next-server (v15.0.1)"}, "Next.js"},
   };
   for (const auto& [path, args, name] : cases) {
     SCOPED_TRACE(args.front());
     expectRows({makeProc(10, 1, path, args, project, {3000})}, {{"server:10", name + " :3000", {10}}});
   }
-
-  const auto items = expectRows({
-      makeProc(10, 9, "/usr/bin/node", {"npm run dev"}, project),
-      makeProc(11, 10, "/bin/sh", {"sh", "-c", "nuxi dev"}, project),
-      makeProc(12, 11, "/usr/bin/node", {"node", "/app/node_modules/.bin/nuxi", "dev"}, project),
-      makeProc(13, 12, "/usr/bin/node", {"node", "/app/node_modules/nuxi/dist/dev-child.mjs"}, project, {3000}),
-  }, {{"server:10", "Nuxt :3000", {10, 11, 12, 13}}});
-  EXPECT_EQ(items.at(0).key, "server:" + project + ":Nuxt");
 }
 
 }  // namespace

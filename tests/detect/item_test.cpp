@@ -30,10 +30,8 @@ TEST(StopTest, JSONHasExactlyOneKey) {
   }
   EXPECT_EQ(decodeStop(json::parse(R"({"signal": {}, "emulator": {}})")).error,
             "Invalid number of keys found, expected one.");
-  EXPECT_EQ(decodeStop(json::object()).error, "Invalid number of keys found, expected one.");
   EXPECT_EQ(decodeStop(json::parse(R"({"reboot": {}})")).error, "Stop has no case named \"reboot\".");
   EXPECT_FALSE(decodeStop(json::parse(R"({"simulator": {"udid": 1, "previews": true}})")));
-  EXPECT_FALSE(decodeStop(json::parse(R"({"containers": {}})")));
   EXPECT_FALSE(decodeStop(json::parse(R"({"signal": []})")));
 }
 
@@ -55,6 +53,11 @@ TEST(ItemTest, RoundTripsAndLeavesOutAbsentOptionals) {
   back = decodeItem(json::parse(toJSON(item).dump()));
   ASSERT_TRUE(back) << back.error;
   EXPECT_EQ(*back.value, item);
+  // Dates are written in whole seconds, rounded down, before 1970 too.
+  item.started = dateFromSeconds(1772356500.999999);
+  item.idleSince = dateFromSeconds(-1.5);
+  EXPECT_EQ(toJSON(item)["started"], "2026-03-01T09:15:00Z");
+  EXPECT_EQ(toJSON(item)["idleSince"], "1969-12-31T23:59:58Z");
 
   json bad = toJSON(item);
   bad["kind"] = "laptop";
@@ -63,18 +66,6 @@ TEST(ItemTest, RoundTripsAndLeavesOutAbsentOptionals) {
   bad["stop"] = json::parse(R"({"signal": {}, "emulator": {}})");
   EXPECT_EQ(decodeItem(bad).error, "Item: \"stop\": Invalid number of keys found, expected one.");
   EXPECT_FALSE(decodeItem(json("item")));
-}
-
-TEST(ItemTest, DatesAreWrittenInWholeSeconds) {
-  for (auto [seconds, text] : std::initializer_list<std::pair<double, const char*>>{
-           {1772356500, "2026-03-01T09:15:00Z"}, {1772356500.21, "2026-03-01T09:15:00Z"},
-           {1772356500.999999, "2026-03-01T09:15:00Z"}, {-1.5, "1969-12-31T23:59:58Z"}}) {
-    Item item = sampleItem();
-    item.started = item.idleSince = dateFromSeconds(seconds);
-    const json j = toJSON(item);
-    EXPECT_EQ(j["started"], text) << seconds;
-    EXPECT_EQ(j["idleSince"], text) << seconds;
-  }
 }
 
 TEST(ContainerTest, RoundTripsWithAndWithoutProject) {

@@ -1,5 +1,4 @@
 // The shared machinery of a run: claiming, the climb up a launch chain, launchers, agents, the builder.
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "detect/detection.h"
@@ -19,10 +18,6 @@ const std::string app = "/Users/ann/app";
 // application above, whatever the folders.
 TEST(LaunchChainTest, RootAndLauncher) {
   Detection d(worldOf({
-      makeProc(10, 9, "/bin/zsh", {"-zsh"}, app),
-      makeProc(11, 10, node, {"npm run dev"}, app),
-      makeProc(12, 11, "/bin/sh", {"sh", "-c", "vite"}, app),
-      makeProc(13, 12, node, {"node", "vite"}, app),
       // A zsh running a command line continues the chain, unless it runs in another folder.
       makeProc(20, 19, "/bin/zsh", {"-zsh"}, "/Users/ann"),
       makeProc(21, 20, "/bin/zsh", {"/bin/zsh", "-c", "npm run dev"}, app),
@@ -45,20 +40,14 @@ TEST(LaunchChainTest, RootAndLauncher) {
       makeProc(114, 113, node),
       makeProc(120, 1, "/Applications/Tools/Foo.app/Contents/MacOS/foo"),
       makeProc(121, 120, node),
-      makeProc(130, 110, "/Users/ann/.local/share/claude/versions/2.0.14", {"claude"}),
-      makeProc(131, 130, "/bin/zsh", {"zsh", "-c", "make"}),
-      makeProc(132, 131, "/usr/bin/make"),
   }));
   d.claimed.insert(36);
-  EXPECT_EQ(d.launchRoot(*d.proc(13)), 11);
   EXPECT_EQ(d.launchRoot(*d.proc(22)), 21);
   EXPECT_EQ(d.launchRoot(*d.proc(24)), 24);
   for (const int32_t pid : {31, 33, 35, 37}) EXPECT_EQ(d.launchRoot(*d.proc(pid)), pid);
 
   EXPECT_EQ(d.launcher(114), (Launcher{"VS Code", std::nullopt}));
   EXPECT_EQ(d.launcher(121), (Launcher{"Foo", std::nullopt}));
-  EXPECT_EQ(d.launcher(132), (Launcher{"Claude Code", 130}));
-  EXPECT_EQ(d.launcher(130), (Launcher{"VS Code", std::nullopt}));
   EXPECT_EQ(d.launcher(110), Launcher{});
 }
 
@@ -68,33 +57,16 @@ TEST(AppPathTest, LinuxInstallsAreAppsRuntimesAndToolsAreNot) {
   const std::pair<std::string, std::optional<std::string>> cases[] = {
       {"/usr/share/code/code", "VS Code"},
       {"/snap/code/172/usr/share/code/code", "VS Code"},
-      {"/usr/share/code-insiders/code-insiders", "VS Code Insiders"},
-      {"/usr/share/cursor/cursor", "Cursor"},
       {"/tmp/.mount_CursorAbC123/usr/share/cursor/cursor", "Cursor"},
-      {"/home/ann/.local/zed.app/libexec/zed-editor", "Zed"},
       {"/home/ann/.local/share/JetBrains/Toolbox/apps/intellij-idea-ultimate/bin/idea", "IntelliJ IDEA"},
-      {"/opt/android-studio/bin/studio", "Android Studio"},
-      {"/opt/google/chrome/chrome", "Google Chrome"},
       {"/usr/lib/firefox-esr/firefox-esr", "Firefox"},
-      {"/usr/lib/slack/slack", "Slack"},
-      {"/usr/share/spotify/spotify", "Spotify"},
       {"/app/extra/vscode/code", "VS Code"},
       {"/home/ann/.vscode-server/bin/8b3775030ed1a69b13e4f4c628c612102e30a681/node", "VS Code"},
       {"/usr/libexec/gnome-terminal-server", "GNOME Terminal"},
-      {"/usr/bin/konsole", "Konsole"},
       {"/usr/bin/kitty", "kitty"},
-      {"/tmp/corvane-test-x/usr/share/code/code", "VS Code"},
-      {"/usr/lib/systemd/systemd", std::nullopt},
-      {"/usr/lib/jvm/java-17-openjdk-amd64/bin/java", std::nullopt},
       {"/home/ann/.local/share/JetBrains/Toolbox/apps/intellij-idea-ultimate/jbr/bin/java", std::nullopt},
-      {"/opt/node-v20.11.0-linux-x64/bin/node", std::nullopt},
       {"/home/ann/.nvm/versions/node/v20.11.0/bin/node", std::nullopt},
-      {"/usr/share/dotnet/dotnet", std::nullopt},
-      {"/usr/lib/erlang/erts-14.2/bin/beam.smp", std::nullopt},
-      {"/home/ann/Android/Sdk/emulator/qemu/linux-x86_64/qemu-system-x86_64", std::nullopt},
       {"/home/ann/shop/node_modules/electron/dist/electron", std::nullopt},
-      {"/usr/bin/node", std::nullopt},
-      {"/usr/bin/python3.11", std::nullopt},
       {"/usr/bin/kitty-tool", std::nullopt},
   };
   for (const auto& [path, name] : cases) {
@@ -111,7 +83,6 @@ TEST(AppPathTest, LinuxInstallsAreAppsRuntimesAndToolsAreNot) {
 
 TEST(AgentNameTest, ByNameScriptOrInstall) {
   const std::pair<Proc, std::optional<std::string>> cases[] = {
-      {makeProc(1, 0, "/opt/homebrew/bin/claude"), "Claude Code"},
       {makeProc(1, 0, "/Users/ann/.local/share/claude/versions/2.0.14"), "Claude Code"},
       {makeProc(1, 0, "/usr/local/bin/renamed", {"/usr/local/bin/gemini"}), "Gemini CLI"},
       {makeProc(1, 0, "/opt/codex/codex-aarch64-apple-darwin"), "Codex"},
@@ -121,7 +92,6 @@ TEST(AgentNameTest, ByNameScriptOrInstall) {
       {makeProc(1, 0, node, {"node", "server.js"}), std::nullopt},
       {makeProc(1, 0, "/usr/bin/python3", {"python3", "/usr/bin/claude"}), std::nullopt},
       {makeProc(1, 0, "/usr/bin/Claude"), std::nullopt},
-      {makeProc(1, 0, ""), std::nullopt},
   };
   for (const auto& [proc, name] : cases) EXPECT_EQ(agentName(proc), name) << proc.path;
 }

@@ -1,5 +1,4 @@
 // The idle tracker over hand-made scans.
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "detect/tracker.h"

@@ -51,10 +51,4 @@ inline const Item* findItem(const std::vector<Item>& items, const std::string& i
   return nullptr;
 }
 
-inline std::vector<std::string> idsOf(const std::vector<Item>& items) {
-  std::vector<std::string> ids;
-  for (const auto& item : items) ids.push_back(item.id);
-  return ids;
-}
-
 }  // namespace corvane::testing

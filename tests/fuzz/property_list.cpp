@@ -9,7 +9,6 @@
 
 #include "platform/defaults.h"
 #include "platform/property_list.h"
-#include "platform/property_list.h"
 
 namespace {
 

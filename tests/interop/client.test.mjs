@@ -14,8 +14,7 @@ test("an SDK client initializes, lists the tools and calls them", async () => {
   const client = new Client({ name: "interop-test", version: "1.0.0" });
   await client.connect(transport);
   try {
-    const info = client.getServerVersion();
-    assert.equal(info.name, "corvane");
+    assert.equal(client.getServerVersion().name, "corvane");
     assert.ok(client.getServerCapabilities().tools);
     assert.ok(client.getInstructions().startsWith("Corvane sees the Mac's dev stack"));
 
@@ -29,13 +28,6 @@ test("an SDK client initializes, lists the tools and calls them", async () => {
     const bad = await client.callTool({ name: "find_free_port", arguments: { start: 0 } });
     assert.equal(bad.isError, true);
     assert.equal(bad.content[0].text, "Invalid arguments for find_free_port; see its inputSchema.");
-
-    const running = await client.callTool({ name: "list_running", arguments: {} });
-    assert.equal(running.isError, false);
-    const listing = JSON.parse(running.content[0].text);
-    assert.ok(["normal", "warning", "critical"].includes(listing.pressure));
-    assert.equal(typeof listing.dev_stack_gb, "number");
-    assert.ok(Array.isArray(listing.rows));
   } finally {
     await client.close();
   }

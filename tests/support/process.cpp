@@ -36,10 +36,21 @@ bool closingPipe(int ends[2]) {
 #endif
 }
 
-void dieWithParent() {
+// On Linux the child dies with the test, whatever ends the test.
+pid_t forkDyingWithParent() {
+  const pid_t pid = fork();
 #ifdef __linux__
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (pid == 0) prctl(PR_SET_PDEATHSIG, SIGKILL);
 #endif
+  return pid;
+}
+
+// The strings' texts and a null pointer, as execve takes them.
+std::vector<char*> cStrings(std::vector<std::string>& strings) {
+  std::vector<char*> texts;
+  for (auto& s : strings) texts.push_back(s.data());
+  texts.push_back(nullptr);
+  return texts;
 }
 
 }  // namespace
@@ -51,31 +62,22 @@ Process::Process(const std::string& path, const std::vector<std::string>& argume
   if (!closingPipe(in) || !closingPipe(out) || (options.captureErrors && !closingPipe(err)) ||
       !closingPipe(started))
     return;
-  std::vector<std::string> strings{path};
+  std::vector<std::string> strings{path}, entries;
   strings.insert(strings.end(), arguments.begin(), arguments.end());
-  std::vector<char*> argv;
-  for (auto& s : strings) argv.push_back(s.data());
-  argv.push_back(nullptr);
-  std::vector<std::string> entries;
   for (char** e = environ; *e; ++e)
-    if (const char* eq = std::strchr(*e, '='); eq && !options.env.count(std::string(*e, static_cast<size_t>(eq - *e))))
-      entries.push_back(*e);
+    if (!options.env.count(std::string(*e, std::strcspn(*e, "=")))) entries.push_back(*e);
   for (const auto& [name, value] : options.env) entries.push_back(name + "=" + value);
-  std::vector<char*> envp;
-  for (auto& s : entries) envp.push_back(s.data());
-  envp.push_back(nullptr);
+  const auto argv = cStrings(strings), envp = cStrings(entries);
 
-  const pid_t pid = fork();
+  const pid_t pid = forkDyingWithParent();
   if (pid == 0) {
-    dieWithParent();
     std::signal(SIGPIPE, SIG_DFL);
     dup2(in[0], STDIN_FILENO);
     dup2(out[1], STDOUT_FILENO);
     if (err[1] >= 0) dup2(err[1], STDERR_FILENO);
     if (options.directory.empty() || chdir(options.directory.c_str()) == 0)
       execve(path.c_str(), argv.data(), envp.data());
-    const char failed = 1;
-    (void)!write(started[1], &failed, 1);
+    (void)!write(started[1], "!", 1);  // it could not run
     _exit(127);
   }
   for (int end : {in[0], out[1], err[1], started[1]})
@@ -89,21 +91,15 @@ Process::Process(const std::string& path, const std::vector<std::string>& argume
   do got = read(started[0], &failed, 1);
   while (got < 0 && errno == EINTR);
   close(started[0]);
-  pid_ = pid;
-  if (pid > 0 && got == 1) {
-    waitpid(pid, nullptr, 0);
-    pid_ = -1;
-  }
+  if (got == 1) waitpid(pid, nullptr, 0);
+  pid_ = got == 1 ? -1 : pid;
 }
 
-Process::Process(const std::function<void()>& body) {
-  const pid_t pid = fork();
-  if (pid == 0) {
-    dieWithParent();
+Process::Process(const std::function<void()>& body) : pid_(forkDyingWithParent()) {
+  if (pid_ == 0) {
     body();
     _exit(0);
   }
-  pid_ = pid;
 }
 
 Process::~Process() {
@@ -118,31 +114,27 @@ Process::~Process() {
 }
 
 bool Process::writeAll(std::string_view text) {
-  while (!text.empty()) {
-    if (input_ < 0) return false;
+  while (input_ >= 0 && !text.empty()) {
     const ssize_t n = write(input_, text.data(), text.size());
     if (n < 0 && errno == EINTR) continue;
     if (n <= 0) return false;
     text.remove_prefix(static_cast<size_t>(n));
   }
-  return true;
+  return text.empty();
 }
 
 void Process::closeInput() {
-  if (input_ >= 0) close(input_);
-  input_ = -1;
+  if (input_ >= 0) close(std::exchange(input_, -1));
 }
 
 std::optional<std::string> Process::readLine(double seconds) {
   const auto deadline = after(seconds);
-  while (true) {
-    if (const auto newline = out_.find('\n'); newline != std::string::npos) {
-      std::string line = out_.substr(0, newline);
-      out_.erase(0, newline + 1);
-      return line;
-    }
+  size_t newline;
+  while ((newline = out_.find('\n')) == std::string::npos)
     if (output_ < 0 || !fill(deadline)) return std::nullopt;
-  }
+  std::string line = out_.substr(0, newline);
+  out_.erase(0, newline + 1);
+  return line;
 }
 
 std::optional<std::string> Process::readToEnd(double seconds) {
@@ -157,12 +149,11 @@ std::optional<int> Process::waitExit(double seconds) {
   while (pid_ > 0) {
     int status = 0;
     const pid_t done = waitpid(pid_, &status, WNOHANG);
-    if (done == pid_) {
-      exitCode_ = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-      pid_ = -1;
+    if (done == pid_) exitCode_ = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    if (done == pid_ || (done < 0 && errno != EINTR)) {
+      pid_ = -1;  // ended, or reaped by someone else: its pid may be another process's now
       break;
     }
-    if (done < 0 && errno != EINTR) break;
     if (Clock::now() >= deadline) return std::nullopt;
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
   }
@@ -170,25 +161,19 @@ std::optional<int> Process::waitExit(double seconds) {
 }
 
 bool Process::fill(Clock::time_point deadline) {
-  if (output_ < 0 && errors_ < 0) return false;
   const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
   if (left <= 0) return false;
   pollfd ready[2] = {{output_, POLLIN, 0}, {errors_, POLLIN, 0}};
   const int polled = poll(ready, 2, static_cast<int>(left));
-  if (polled < 0 && errno == EINTR) return true;
-  if (polled <= 0) return false;
+  if (polled <= 0) return polled < 0 && errno == EINTR;
+  // poll leaves no events on a closed end (-1).
   for (auto [fd, text] : {std::pair{&output_, &out_}, std::pair{&errors_, &err_}}) {
-    const pollfd& r = ready[fd == &output_ ? 0 : 1];
-    if (*fd < 0 || !(r.revents & (POLLIN | POLLHUP | POLLERR))) continue;
+    if (!(ready[fd == &output_ ? 0 : 1].revents & (POLLIN | POLLHUP | POLLERR))) continue;
     char chunk[4096];
     const ssize_t got = read(*fd, chunk, sizeof chunk);
     if (got < 0 && errno == EINTR) return true;
-    if (got <= 0) {
-      close(*fd);
-      *fd = -1;
-      continue;
-    }
-    text->append(chunk, static_cast<size_t>(got));
+    if (got > 0) text->append(chunk, static_cast<size_t>(got));
+    else close(std::exchange(*fd, -1));
   }
   return output_ >= 0 || errors_ >= 0;
 }
