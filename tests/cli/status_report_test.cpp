@@ -26,13 +26,6 @@ TEST(StatusReportTest, RowLineColumnsAndMarks) {
   EXPECT_EQ(rowLine(engine, true), "  " + std::string(34, 'x') + " 1234.5 GB  docker \xC2\xB7 started by iTerm "
                                    "\xC2\xB7 pinned \xC2\xB7 guarded \xC2\xB7 not stoppable \xC2\xB7 1 proc \xC2\xB7 "
                                    "docker:OrbStack");
-
-  Item big = row("db:1", Item::Kind::database, "abc", 123'400'000'000ULL);
-  EXPECT_EQ(rowLine(big, false).substr(0, 2 + 34 + 1 + 8 + 2), "  abc" + std::string(31, ' ') + " 123.4 GB  ");
-
-  Item container = row("container:ab", Item::Kind::container, "shop-db-1", 250'000'000);
-  container.pids.clear();
-  EXPECT_NE(rowLine(container, false).find(" \xC2\xB7 0 proc \xC2\xB7 container:ab"), std::string::npos);
 }
 
 TEST(StatusReportTest, TitlesCountUTF16Units) {
@@ -44,11 +37,7 @@ TEST(StatusReportTest, TitlesCountUTF16Units) {
   Item emoji = row("x", Item::Kind::server, std::string(33, 'a') + "\xF0\x9F\x9A\x80", 0);
   EXPECT_EQ(rowLine(emoji, false).substr(2, 35), std::string(33, 'a') + "  ");
 
-  // Combining marks are one unit each, with or without a letter to sit on.
-  std::string marks;
-  for (int i = 0; i < 40; ++i) marks += "\xCC\x81";
-  Item accents = row("y", Item::Kind::server, marks, 0);
-  EXPECT_EQ(rowLine(accents, false).substr(2, 34 * 2 + 1), marks.substr(0, 34 * 2) + " ");
+  // A combining mark is a unit of its own, also in the padding.
   Item short_ = row("z", Item::Kind::server, "e\xCC\x81" "cole", 0);
   EXPECT_EQ(rowLine(short_, false).substr(2, 7 + 29 + 1), "e\xCC\x81" "cole" + std::string(29, ' ') + " ");
 }

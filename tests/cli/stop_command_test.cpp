@@ -1,7 +1,10 @@
-// `corvane stop` through the real executable, against servers the test starts itself. Targets are
-// their own ports and project folder, so nothing else on the machine matches. Which rows each rule
-// refuses is the policy's table; this proves the command picks the rule by how the row was named.
+// `corvane status` and `corvane stop` through the real executable, against servers the test starts
+// itself. Targets are their own ports and project folder, so nothing else on the machine matches. Which
+// rows a scan finds and how the report lays them out are the detection's and the report's; which rows
+// each rule refuses is the policy's table. This proves the commands put them together, and that stop
+// picks the rule by how the row was named.
 #include <filesystem>
+#include <sstream>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -41,7 +44,7 @@ class StopCommandTest : public testing::Test, protected testing_support::OwnFold
 
 bool gone(const Process& process) { return platform::processGone(process.pid()); }
 
-TEST_F(StopCommandTest, ByProjectPortIdOrNothingWithAPinnedRow) {
+TEST_F(StopCommandTest, StatusThenStopByProjectPortIdOrNothingWithAPinnedRow) {
   const std::string project = makeProject();
   const std::string name = fs::path(project).filename();
   const uint16_t webPort = testing_support::freePort(), apiPort = testing_support::freePort();
@@ -50,6 +53,29 @@ TEST_F(StopCommandTest, ByProjectPortIdOrNothingWithAPinnedRow) {
   const std::string apiKey = "server:" + project + "/api:Python";
   ASSERT_TRUE(platform::DefaultsStore::appSuite().writeDictionary("pins", {{apiKey, std::string()}}));
   const std::string webTitle = "Python :" + std::to_string(webPort), apiTitle = "Python :" + std::to_string(apiPort);
+
+  // No other row is in the test's own project, so its two rows follow the group's heading, by memory.
+  const auto status = runCorvane({"status"});
+  EXPECT_EQ(status.exitCode, 0) << status.err;
+  const size_t heading = status.out.find("\n" + name + "\n");
+  ASSERT_NE(heading, std::string::npos) << status.out;
+  std::istringstream group(status.out.substr(heading + name.size() + 2));
+  std::string webLine, apiLine;
+  ASSERT_TRUE(std::getline(group, webLine) && std::getline(group, apiLine));
+  if (!webLine.starts_with("  " + webTitle + " ")) std::swap(webLine, apiLine);
+  const std::string dot = " \xC2\xB7 ";
+  EXPECT_TRUE(webLine.starts_with("  " + webTitle + " ")) << status.out;
+  EXPECT_TRUE(webLine.ends_with("  server" + dot + "1 proc" + dot + "server:" + std::to_string(web->pid()))) << webLine;
+  EXPECT_TRUE(apiLine.starts_with("  " + apiTitle + " ")) << status.out;
+  EXPECT_TRUE(apiLine.ends_with("  server" + dot + "pinned" + dot + "1 proc" + dot + "server:" +
+                                std::to_string(api->pid())))
+      << apiLine;
+  const auto json = runCorvane({"status", "--json"});
+  EXPECT_EQ(json.exitCode, 0);
+  nlohmann::json row;
+  for (const auto& item : nlohmann::json::parse(json.out))
+    if (item["id"] == "server:" + std::to_string(web->pid())) row = item;
+  EXPECT_EQ(row["project"], name) << json.out;
 
   // By project the pin holds and "--yes" has no say.
   const auto dryRun = runCorvane({"stop", name, "--dry-run", "--yes"});

@@ -56,9 +56,23 @@ class McpTest : public testing::Test, protected testing_support::OwnFolders {
   testing_support::ScopedEnv shell{"SHELL", testing_support::writeScript(root + "/bin/login-shell", "exit 1\n")};
 };
 
-TEST_F(McpTest, AnswersEachRequestAsItArrivesAndEndsWithItsInput) {
+// The client goes while tool discovery waits on a slow login shell. The handshake and the requests are
+// answered without waiting for it; the shell, and what it started, end with the server, and no output
+// file stays behind.
+TEST_F(McpTest, AnswersAsRequestsArriveAndEndsWithItsInputAndTheToolLookup) {
+  const std::string tmp = root + "/tmp", pids = root + "/pids";
+  fs::create_directories(tmp);
+  testing_support::ScopedEnv tmpdir("TMPDIR", tmp);
+  testing_support::ScopedEnv slowShell(
+      "SHELL", testing_support::writeScript(root + "/bin/slow-shell", "sleep 30 &\necho \"$$ $!\" > " + pids +
+                                                                          ".part && mv " + pids + ".part " + pids +
+                                                                          "\nwait\n"));
   Process server(CORVANE_EXE, {"mcp"}, {.captureErrors = true});
   ASSERT_GT(server.pid(), 0);
+  for (int i = 0; i < 200 && !fs::exists(pids); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  std::istringstream started(testing_support::readFile(pids));
+  pid_t shellPid = 0, sleepPid = 0;
+  ASSERT_TRUE(started >> shellPid >> sleepPid);
 
   ASSERT_TRUE(server.writeLine(initialize));
   const auto hello = server.readLine();
@@ -80,27 +94,6 @@ TEST_F(McpTest, AnswersEachRequestAsItArrivesAndEndsWithItsInput) {
   server.closeInput();
   EXPECT_EQ(server.readToEnd(), "{\"id\":9,\"jsonrpc\":\"2.0\",\"result\":{}}\n");
   EXPECT_EQ(server.errors(), "");
-  EXPECT_EQ(server.waitExit(), 0);
-}
-
-// The client goes while tool discovery waits on a slow login shell: the shell, and what it started,
-// end with the server, and no output file stays behind.
-TEST_F(McpTest, EndOfInputEndsTheToolLookupStillRunning) {
-  const std::string tmp = root + "/tmp", pids = root + "/pids";
-  fs::create_directories(tmp);
-  testing_support::ScopedEnv tmpdir("TMPDIR", tmp);
-  testing_support::ScopedEnv slowShell(
-      "SHELL", testing_support::writeScript(root + "/bin/slow-shell", "sleep 30 &\necho \"$$ $!\" > " + pids +
-                                                                          ".part && mv " + pids + ".part " + pids +
-                                                                          "\nwait\n"));
-  Process server(CORVANE_EXE, {"mcp"});
-  ASSERT_GT(server.pid(), 0);
-  for (int i = 0; i < 200 && !fs::exists(pids); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  std::istringstream started(testing_support::readFile(pids));
-  pid_t shellPid = 0, sleepPid = 0;
-  ASSERT_TRUE(started >> shellPid >> sleepPid);
-
-  server.closeInput();
   EXPECT_EQ(server.waitExit(), 0);
   for (const pid_t pid : {shellPid, sleepPid}) {
     for (int i = 0; i < 100 && !platform::processGone(pid); ++i)
