@@ -79,9 +79,6 @@ TEST_F(FreeCommandTest, ExitCodesOnAUserOfItsOwn) {
   const auto nothing = corvane({"free", "1"});
   EXPECT_EQ(nothing.exitCode, 2) << nothing.err;
   EXPECT_EQ(nothing.out, "Nothing to free: no simulators, emulators or daemons that aren't pinned or building.\n");
-  const auto nothingJSON = corvane({"free", "1", "--json"});
-  EXPECT_EQ(nothingJSON.exitCode, 2);
-  EXPECT_EQ(nothingJSON.out, "[]\n");
 
   const auto stubborn = gradleDaemon("8.7", true);
   const auto polite = gradleDaemon("8.8", false);
