@@ -30,11 +30,8 @@ TEST(ArgumentsTest, ActionOfEachVector) {
       {{"free", "2", "--yes"}, Action::usage}, {{"stop", "a", "b"}, Action::usage}, {{"-"}, Action::usage},
       {{"free", "2GB"}, Action::badGigabytes}, {{"free", " 2"}, Action::badGigabytes},
       {{"mcp"}, Action::mcp}, {{"status"}, Action::status}};
-  for (const auto& [args, action] : cases) {
-    std::string line;
-    for (const auto& a : args) line += "'" + a + "' ";
-    EXPECT_EQ(parseArguments(args).action, action) << line;
-  }
+  for (const auto& [args, action] : cases)
+    EXPECT_EQ(parseArguments(args).action, action) << testing::PrintToString(args);
 }
 
 TEST(ArgumentsTest, FlagsAndValuesInAnyOrder) {

@@ -50,10 +50,8 @@ class FreeCommandTest : public testing::Test {
   }
   testing_support::ProgramResult corvane(const std::vector<std::string>& arguments) const {
     return testing_support::runProgram(setpriv, as(CORVANE_EXE, arguments), "",
-                                       {{"HOME", home},
-                                        {"XDG_DATA_HOME", home + "/data"},
-                                        {"XDG_CONFIG_HOME", home + "/config"},
-                                        {"TMPDIR", home + "/tmp"}});
+                                       {{"HOME", home}, {"XDG_DATA_HOME", home + "/data"},
+                                        {"XDG_CONFIG_HOME", home + "/config"}, {"TMPDIR", home + "/tmp"}});
   }
   // Python with `arguments` as the user, in the user's folder.
   std::unique_ptr<Process> python(const std::vector<std::string>& arguments) const {

@@ -80,13 +80,5 @@ TEST(StatusReportTest, GroupsSortedByComposedNameRowsByMemoryStable) {
   EXPECT_LT(text.find("  web-1"), text.find("  Docker Engine"));
 }
 
-TEST(StatusReportTest, EmptyScanAndPins) {
-  EXPECT_EQ(statusText({}, {}, Pressure::normal, 0, 0),
-            "Dev stack 0.0 GB \xC2\xB7 pressure normal \xC2\xB7 swap 0.0 GB \xC2\xB7 scanned in 0 ms\n\n");
-  Item sim = row("sim:U", Item::Kind::simulator, "iPhone 16", 0);
-  EXPECT_NE(statusText({sim}, {{"sim:U", "x"}}, Pressure::normal, 0, 0).find("pinned"), std::string::npos);
-  EXPECT_EQ(statusText({sim}, {{"sim:V", "x"}}, Pressure::normal, 0, 0).find("pinned"), std::string::npos);
-}
-
 }  // namespace
 }  // namespace corvane

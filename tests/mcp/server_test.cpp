@@ -34,9 +34,7 @@ std::string toolCall(int id, const std::string& name, const json& arguments = js
   return request(id, "tools/call", {{"name", name}, {"arguments", arguments}});
 }
 
-const std::string initialize = request(1, "initialize", {{"protocolVersion", "2025-06-18"},
-                                                        {"capabilities", json::object()},
-                                                        {"clientInfo", {{"name", "test"}, {"version", "1"}}}});
+const std::string initialize = request(1, "initialize", {{"protocolVersion", "2025-06-18"}});
 const std::string initialized = R"({"jsonrpc":"2.0","method":"notifications/initialized"})";
 
 // What the reply line of a tool call says, "error: " first when the tool failed. The envelope is the
@@ -49,11 +47,29 @@ std::string toolText(const std::string& line) {
 
 // Each test gets its own log and suite, and a login shell that finds no tools at once: a real one may
 // read a slow profile for each of the four tools the server looks up before its first tool call.
+// Coding agents are played by copies of the Python interpreter named like them, running fake_agent.py.
 class McpTest : public testing::Test, protected testing_support::OwnFolders {
  protected:
   void SetUp() override { SKIP_WHERE_USER_FILES_CANNOT_MOVE(); }
 
+  // Starts the agent `name` ("claude", "codex") with the script's arguments.
+  std::unique_ptr<Process> agent(const std::string& name, const std::vector<std::string>& arguments) {
+    const std::string bin = root + "/bin", path = bin + "/" + name;
+    fs::create_directories(bin);
+    if (!fs::exists(path)) fs::copy_file(fs::canonical(python), path);
+    std::vector<std::string> all{CORVANE_FIXTURES "/fake_agent.py"};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    return std::make_unique<Process>(path, all, testing_support::ProcessOptions{.grace = 5});
+  }
+
+  // What the agent printed next, as JSON; null when it printed nothing in time.
+  static json said(Process& agent, double seconds = 10) {
+    const auto line = agent.readLine(seconds);
+    return line ? json::parse(*line, nullptr, false) : json();
+  }
+
   testing_support::ScopedEnv shell{"SHELL", testing_support::writeScript(root + "/bin/login-shell", "exit 1\n")};
+  const std::string python = testing_support::systemPython();
 };
 
 // The client goes while tool discovery waits on a slow login shell. The handshake and the requests are
@@ -103,36 +119,9 @@ TEST_F(McpTest, AnswersAsRequestsArriveAndEndsWithItsInputAndTheToolLookup) {
   EXPECT_TRUE(fs::is_empty(tmp));
 }
 
-// Coding agents played by copies of the Python interpreter named like them, running fake_agent.py.
-class McpCallerTest : public McpTest {
- protected:
-  void SetUp() override {
-    McpTest::SetUp();
-    if (IsSkipped()) return;
-    if (python.empty()) GTEST_SKIP() << "needs python3";
-  }
-
-  // Starts the agent `name` ("claude", "codex") with the script's arguments.
-  std::unique_ptr<Process> agent(const std::string& name, const std::vector<std::string>& arguments) {
-    const std::string bin = root + "/bin", path = bin + "/" + name;
-    fs::create_directories(bin);
-    if (!fs::exists(path)) fs::copy_file(fs::canonical(python), path);
-    std::vector<std::string> all{CORVANE_FIXTURES "/fake_agent.py"};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    return std::make_unique<Process>(path, all, testing_support::ProcessOptions{.grace = 5});
-  }
-
-  // What the agent printed next, as JSON; null when it printed nothing in time.
-  static json said(Process& agent, double seconds = 10) {
-    const auto line = agent.readLine(seconds);
-    return line ? json::parse(*line, nullptr, false) : json();
-  }
-
-  const std::string python = testing_support::systemPython();
-};
-
 // Claude Code runs the server with one call of each tool, beside a dev server that Codex started.
-TEST_F(McpCallerTest, EachToolForAnAgentThatStopsOnlyWhatItStarted) {
+TEST_F(McpTest, EachToolForAnAgentThatStopsOnlyWhatItStarted) {
+  if (python.empty()) GTEST_SKIP() << "needs python3";
   const uint16_t codexPort = testing_support::freePort(), claudePort = testing_support::freePort();
   const auto codex = agent("codex", {"--serve", python, std::to_string(codexPort), makeProject()});
   json codexServer = said(*codex);

@@ -43,7 +43,8 @@ TEST(PlannerTest, QuietCandidatesIdleFirstThenBiggestCountedOnlyUpToTheTarget) {
     return item.id == "pinned" ? std::optional<std::string>("pinned") : std::nullopt;
   };
   const std::vector<Item> candidates = freeCandidates(rows, refusal);
-  EXPECT_EQ(plan(candidates, 100'000'000'000), (Ids{"kotlin-a", "kotlin-b", "idle-serving", "server", "gradle", "sim"}));
+  EXPECT_EQ(plan(candidates, 100'000'000'000),
+            (Ids{"kotlin-a", "kotlin-b", "idle-serving", "server", "gradle", "sim"}));
   EXPECT_EQ(plan(candidates, 1'700'000'000), (Ids{"kotlin-a", "kotlin-b", "idle-serving", "server"}));
   EXPECT_EQ(plan(candidates, 1'700'000'001), (Ids{"kotlin-a", "kotlin-b", "idle-serving", "server", "gradle"}));
 }

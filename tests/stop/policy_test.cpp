@@ -12,22 +12,17 @@ namespace corvane {
 namespace {
 
 Item row(Item::Kind kind, bool guarded = false, bool building = false) {
-  Item item{.id = "row:1", .key = "row-key", .kind = kind, .title = "Row"};
-  item.stop = Stop::signal();
-  item.guarded = guarded;
-  item.building = building;
-  return item;
+  return {.id = "row:1", .key = "row-key", .kind = kind, .title = "Row", .stop = Stop::signal(), .guarded = guarded,
+          .building = building};
 }
 
-TEST(PolicyTest, EngineWithoutStopMethodIsRefusedUnderEveryRule) {
+TEST(PolicyTest, FirstRuleThatAppliesDecides) {
+  // An engine without a stop method is refused under every rule.
   Item engine = row(Item::Kind::docker);
   engine.stop.reset();
   for (bool pinned : {false, true})
     for (auto reason : {whyNot(engine, pinned, true), whyNot(engine, pinned), MCP::refusal(engine, pinned, 1)})
       EXPECT_EQ(reason, "Corvane doesn't stop it");
-}
-
-TEST(PolicyTest, FirstRuleThatAppliesDecides) {
   const Item database = row(Item::Kind::database, true);
   EXPECT_EQ(whyNot(database, false, false), "a database");
   EXPECT_EQ(whyNot(database, true, false), "pinned");

@@ -46,9 +46,8 @@ platform::ScannedProcess scanned(pid_t pid) { return {pid, platform::processStar
 // A process that shrugs off SIGTERM; it has set that up by the time the constructor returns.
 struct Stubborn {
   Process process{testing_support::systemPython(),
-                       {"-c",
-                        "import signal, time\nsignal.signal(signal.SIGTERM, signal.SIG_IGN)\n"
-                        "print('ready', flush=True)\ntime.sleep(600)\n"}};
+                  {"-c", "import signal, time\nsignal.signal(signal.SIGTERM, signal.SIG_IGN)\n"
+                         "print('ready', flush=True)\ntime.sleep(600)\n"}};
   Stubborn() { EXPECT_EQ(process.readLine(), "ready"); }
 };
 
@@ -83,7 +82,8 @@ std::pair<Tools, Tools> fakeTools(const std::string& dir, const std::string& log
   return {tools, broken};
 }
 
-TEST(MayStopTest, NeverThisProgramItsParentTheFirstPidsASystemProgramOrAnotherUsers) {
+// What the stopper never signals, with or without force.
+TEST(StopperTest, NeverThisProgramTheFirstPidsSystemProgramsUnscannedPidsOrOtherUsers) {
   Sleeper sleeper;
   EXPECT_TRUE(Stopper::mayStop(sleeper.pid()));
   for (int32_t pid : {-1, 0, 1, static_cast<int32_t>(getpid()), static_cast<int32_t>(getppid()), 0x7ffffff0})
@@ -97,36 +97,24 @@ TEST(MayStopTest, NeverThisProgramItsParentTheFirstPidsASystemProgramOrAnotherUs
   EXPECT_EQ(stopNow(rowOf({system.pid()}), {}, true, 1), notOurs);
   EXPECT_TRUE(alive(system.pid()));
 
+  // A pid the scan did not record is never signalled; one recorded with another start time names a
+  // newer process now: the scanned one is gone, and the newer one is left alone.
+  const auto started = platform::processStarted(sleeper.pid());
+  ASSERT_TRUE(started);
+  const StartTimes earlier = {{sleeper.pid(), *started - std::chrono::seconds(1)}};
+  for (bool force : {false, true}) {
+    EXPECT_EQ(Stopper::stop(rowOf({sleeper.pid()}), {}, {}, force, 1), notOurs);
+    EXPECT_EQ(Stopper::stop(rowOf({sleeper.pid()}), earlier, {}, force, 1), Result::stopped());
+    EXPECT_EQ(Stopper::stop(rowOf({sleeper.pid()}, Stop::emulator(std::nullopt)), earlier, {}, force, 1),
+              Result::stopped());
+  }
+  EXPECT_TRUE(alive(sleeper.pid()));
+
   const auto other = sleeperOfAnotherUser();
   if (!other) GTEST_SKIP() << "needs root to start a process under another user";
   EXPECT_FALSE(Stopper::mayStop(other->pid()));
   EXPECT_EQ(stopNow(rowOf({other->pid()}), {}, true, 1), notOurs);
   EXPECT_TRUE(alive(other->pid()));
-}
-
-// A pid the scan did not record is never signalled; one recorded with another start time names a
-// newer process now: the scanned one is gone, and the newer one is left alone.
-TEST(StopperTest, OnlyTheProcessesTheScanSaw) {
-  Sleeper sleeper;
-  const auto started = platform::processStarted(sleeper.pid());
-  ASSERT_TRUE(started);
-  const Item row = rowOf({sleeper.pid()});
-  const StartTimes earlier = {{sleeper.pid(), *started - std::chrono::seconds(1)}};
-  for (bool force : {false, true}) {
-    EXPECT_EQ(Stopper::stop(row, {}, {}, force, 1), notOurs);
-    EXPECT_EQ(Stopper::stop(row, earlier, {}, force, 1), Result::stopped());
-    EXPECT_EQ(Stopper::stop(rowOf({sleeper.pid()}, Stop::emulator(std::nullopt)), earlier, {}, force, 1),
-              Result::stopped());
-  }
-  EXPECT_TRUE(alive(sleeper.pid()));
-}
-
-TEST(WaitGoneTest, ExitedCountsAsGoneBeforeItIsReaped) {
-  Process exited([] {});  // a zombie until the test reaps it
-  Sleeper sleeper;
-  EXPECT_TRUE(Stopper::waitGone({}, 0));
-  EXPECT_TRUE(Stopper::waitGone({scanned(exited.pid())}, 5));
-  EXPECT_FALSE(Stopper::waitGone({scanned(exited.pid()), scanned(sleeper.pid())}, 0.3));
 }
 
 TEST(StopperTest, SignalsAndTheirWait) {
@@ -139,6 +127,13 @@ TEST(StopperTest, SignalsAndTheirWait) {
   EXPECT_EQ(stopNow(row, {}, false, 0.5), Result::stillRunning());
   EXPECT_TRUE(alive(stubborn.process.pid()));
   EXPECT_EQ(stopNow(row, {}, true, 5), Result::stopped());
+
+  // An exited process counts as gone before it is reaped.
+  Process exited([] {});  // a zombie until the test reaps it
+  Sleeper sleeper;
+  EXPECT_TRUE(Stopper::waitGone({}, 0));
+  EXPECT_TRUE(Stopper::waitGone({scanned(exited.pid())}, 5));
+  EXPECT_FALSE(Stopper::waitGone({scanned(exited.pid()), scanned(sleeper.pid())}, 0.3));
 }
 
 // Devices and containers are stopped through their tools: fake ones that log their arguments, and
@@ -214,9 +209,8 @@ TEST(StopRowsTest, OutcomesInFinishingOrderAndOneEntryPerStop) {
 TEST(RelaunchTest, EachRecordThroughItsTool) {
   const std::string dir = testing_support::makeTempDir("relaunch"), log = dir + "/log";
   auto [tools, broken] = fakeTools(dir, log, {"xcrun", "docker", "emulator"});
-  Tools elsewhere;
   broken.paths["emulator"] = dir + "/missing";
-  elsewhere.paths["adb"] = tools.paths["xcrun"];
+  const Tools elsewhere{.paths = {{"adb", tools.paths["xcrun"]}}};
 
   EXPECT_TRUE(Undo::boot("UDID-1").perform(tools));
   EXPECT_TRUE(Undo::start({"a1", "b2"}).perform(tools));
