@@ -63,7 +63,7 @@ TEST(StatusReportTest, GroupsSortedByComposedNameRowsByMemoryStable) {
   Item container = row("f", Item::Kind::container, "web-1", 2'000'000'000, "Docker");
   container.counted = false;
   const Item engine = row("g", Item::Kind::docker, "Docker Engine", 100'000'000);
-  std::vector<Item> items = {zed, api1, api2, api3, db, container, engine};
+  std::vector<Item> items = {zed, api1, api2, api3, db, container, engine, row("h", Item::Kind::simulator, "S", 0)};
   // In scan order; "école" once with a combining accent, once with U+00E9; 한 once as jamo.
   for (const char* project : {"shop-web", "e\xCC\x81" "cole", "caf\xC3\xA9", "fox", "\xC3\xA9" "cole",
                               "\xE1\x84\x92\xE1\x85\xA1\xE1\x86\xAB", "\xED\x95\x9C"})
@@ -71,8 +71,8 @@ TEST(StatusReportTest, GroupsSortedByComposedNameRowsByMemoryStable) {
 
   std::string text = statusText(items, {}, Pressure::warning, 2'500'000'000, 0.4129);
   // A group's heading is spelt as its first row's project.
-  EXPECT_EQ(outline(text), "|Databases:.|Docker:..|Zed:.|api:...|caf\xC3\xA9:.|fox:.|shop-web:.|e\xCC\x81" "cole:..|"
-                           "\xE1\x84\x92\xE1\x85\xA1\xE1\x86\xAB:..");
+  EXPECT_EQ(outline(text), "|Databases:.|Docker:..|Simulators:.|Zed:.|api:...|caf\xC3\xA9:.|fox:.|shop-web:.|"
+                           "e\xCC\x81" "cole:..|\xE1\x84\x92\xE1\x85\xA1\xE1\x86\xAB:..");
   EXPECT_EQ(text.substr(0, text.find('\n')),
             "Dev stack 5.1 GB \xC2\xB7 pressure warning \xC2\xB7 swap 2.5 GB \xC2\xB7 scanned in 412 ms");
   EXPECT_LT(text.find("  C "), text.find("  B "));

@@ -53,8 +53,7 @@ TEST_F(StopCommandTest, StatusThenStopByProjectPortIdOrNothingWithAPinnedRow) {
   ASSERT_TRUE(platform::DefaultsStore::appSuite().writeDictionary("pins", {{apiKey, std::string()}}));
   const std::string webTitle = "Python :" + std::to_string(webPort), apiTitle = "Python :" + std::to_string(apiPort);
 
-  // No other row is in the test's own project: its two rows follow the group's heading, by memory, and
-  // both are far below 0.1 GB.
+  // Alone in the test's own project, the two rows follow its heading; both are far below 0.1 GB.
   const auto status = runCorvane({"status"});
   EXPECT_EQ(status.exitCode, 0) << status.err;
   const std::string dot = " \xC2\xB7 ";

@@ -41,6 +41,7 @@ TEST(OutcomeTest, JSONForm) {
   EXPECT_EQ(toJSON(outcome(State::stillRunning, 7)),
             nlohmann::json::parse(R"({"id": "server:41", "kind": "server", "memory": 7, "state": "still-running",
                                       "title": "Vite :5173"})"));
+  EXPECT_EQ(toJSON(outcome(State::wouldStop))["state"], "would-stop");  // free's own test runs as another user
   EXPECT_EQ(toJSON(outcome(State::skipped, 0, "pinned"))["reason"], "pinned");
   Item container{.id = "container:ab", .kind = Item::Kind::container, .memory = 300, .counted = false};
   EXPECT_EQ(makeOutcome(container, State::stopped).memory, 0u);
