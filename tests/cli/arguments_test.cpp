@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "cli/usage.h"
+#include "support/process.h"
+
 namespace corvane {
 namespace {
 
@@ -27,11 +30,8 @@ TEST(ArgumentsTest, ActionOfEachVector) {
       {{"free", "2", "--yes"}, Action::usage}, {{"stop", "a", "b"}, Action::usage}, {{"-"}, Action::usage},
       {{"free", "2GB"}, Action::badGigabytes}, {{"free", " 2"}, Action::badGigabytes},
       {{"mcp"}, Action::mcp}, {{"status"}, Action::status}};
-  for (const auto& [args, action] : cases) {
-    std::string line;
-    for (const auto& a : args) line += "'" + a + "' ";
-    EXPECT_EQ(parseArguments(args).action, action) << line;
-  }
+  for (const auto& [args, action] : cases)
+    EXPECT_EQ(parseArguments(args).action, action) << testing::PrintToString(args);
 }
 
 TEST(ArgumentsTest, FlagsAndValuesInAnyOrder) {
@@ -49,6 +49,26 @@ TEST(ArgumentsTest, FlagsAndValuesInAnyOrder) {
   EXPECT_DOUBLE_EQ(free.gigabytes, 1.5);
   EXPECT_TRUE(free.dryRun);
   EXPECT_FALSE(free.json);
+}
+
+// The command line as a user meets it: the real executable, its streams and exit codes.
+TEST(ExecutableTest, HelpUsageAndGigabytesGoToTheirStreams) {
+  const std::string usage = std::string(usageText) + "\n", gigabytes = std::string(gigabytesMessage);
+  struct Case {
+    std::vector<std::string> args;
+    int exitCode;
+    std::string out, err;
+  };
+  // Which vectors ask for which is the parser's table; here, where each answer goes.
+  for (const Case& c : std::vector<Case>{{{"stop", "--help"}, 0, usage, ""},
+                                         {{"help", "status"}, 64, "", usage},
+                                         {{"free", "1024"}, 64, "", gigabytes}}) {
+    const auto r = testing_support::runCorvane(c.args);
+    EXPECT_EQ(r.exitCode, c.exitCode) << r.err;
+    EXPECT_EQ(r.out, c.out);
+    EXPECT_EQ(r.err, c.err);
+  }
+  EXPECT_EQ(gigabytes, "free takes gigabytes, e.g. `corvane free 2`.\n");
 }
 
 }  // namespace

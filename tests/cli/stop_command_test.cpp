@@ -1,6 +1,8 @@
-// `corvane stop` through the real executable, against servers the test starts itself. Targets are
-// their own ports and project folder, so nothing else on the machine matches. Which rows each rule
-// refuses is the policy's table; this proves the command picks the rule by how the row was named.
+// `corvane status` and `corvane stop` through the real executable, against servers the test starts
+// itself. Targets are their own ports and project folder, so nothing else on the machine matches. Which
+// rows a scan finds and how the report lays them out are the detection's and the report's; which rows
+// each rule refuses is the policy's table. This proves the commands put them together, and that stop
+// picks the rule by how the row was named.
 #include <filesystem>
 
 #include <gtest/gtest.h>
@@ -41,7 +43,7 @@ class StopCommandTest : public testing::Test, protected testing_support::OwnFold
 
 bool gone(const Process& process) { return platform::processGone(process.pid()); }
 
-TEST_F(StopCommandTest, ByProjectPortIdOrNothingWithAPinnedRow) {
+TEST_F(StopCommandTest, StatusThenStopByProjectPortIdOrNothingWithAPinnedRow) {
   const std::string project = makeProject();
   const std::string name = fs::path(project).filename();
   const uint16_t webPort = testing_support::freePort(), apiPort = testing_support::freePort();
@@ -50,6 +52,25 @@ TEST_F(StopCommandTest, ByProjectPortIdOrNothingWithAPinnedRow) {
   const std::string apiKey = "server:" + project + "/api:Python";
   ASSERT_TRUE(platform::DefaultsStore::appSuite().writeDictionary("pins", {{apiKey, std::string()}}));
   const std::string webTitle = "Python :" + std::to_string(webPort), apiTitle = "Python :" + std::to_string(apiPort);
+
+  // Alone in the test's own project, the two rows follow its heading; both are far below 0.1 GB.
+  const auto status = runCorvane({"status"});
+  EXPECT_EQ(status.exitCode, 0) << status.err;
+  const std::string dot = " \xC2\xB7 ";
+  const auto line = [&](const std::string& title, const std::string& marks, const Process& server) {
+    return "  " + title + std::string(34 - title.size(), ' ') + "   0.0 GB  server" + dot + marks + "1 proc" + dot +
+           "server:" + std::to_string(server.pid()) + "\n";
+  };
+  const std::string webLine = line(webTitle, "", *web), apiLine = line(apiTitle, "pinned" + dot, *api);
+  EXPECT_TRUE(status.out.find("\n" + name + "\n" + webLine + apiLine) != std::string::npos ||
+              status.out.find("\n" + name + "\n" + apiLine + webLine) != std::string::npos)
+      << status.out;
+  const auto json = runCorvane({"status", "--json"});
+  EXPECT_EQ(json.exitCode, 0);
+  nlohmann::json row;
+  for (const auto& item : nlohmann::json::parse(json.out))
+    if (item["id"] == "server:" + std::to_string(web->pid())) row = item;
+  EXPECT_EQ(row["project"], name) << json.out;
 
   // By project the pin holds and "--yes" has no say.
   const auto dryRun = runCorvane({"stop", name, "--dry-run", "--yes"});

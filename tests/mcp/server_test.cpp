@@ -34,9 +34,7 @@ std::string toolCall(int id, const std::string& name, const json& arguments = js
   return request(id, "tools/call", {{"name", name}, {"arguments", arguments}});
 }
 
-const std::string initialize = request(1, "initialize", {{"protocolVersion", "2025-06-18"},
-                                                        {"capabilities", json::object()},
-                                                        {"clientInfo", {{"name", "test"}, {"version", "1"}}}});
+const std::string initialize = request(1, "initialize", {{"protocolVersion", "2025-06-18"}});
 const std::string initialized = R"({"jsonrpc":"2.0","method":"notifications/initialized"})";
 
 // What the reply line of a tool call says, "error: " first when the tool failed. The envelope is the
@@ -49,16 +47,48 @@ std::string toolText(const std::string& line) {
 
 // Each test gets its own log and suite, and a login shell that finds no tools at once: a real one may
 // read a slow profile for each of the four tools the server looks up before its first tool call.
+// Coding agents are played by copies of the Python interpreter named like them, running fake_agent.py.
 class McpTest : public testing::Test, protected testing_support::OwnFolders {
  protected:
   void SetUp() override { SKIP_WHERE_USER_FILES_CANNOT_MOVE(); }
 
+  // Starts the agent `name` ("claude", "codex") with the script's arguments.
+  std::unique_ptr<Process> agent(const std::string& name, const std::vector<std::string>& arguments) {
+    const std::string bin = root + "/bin", path = bin + "/" + name;
+    fs::create_directories(bin);
+    if (!fs::exists(path)) fs::copy_file(fs::canonical(python), path);
+    std::vector<std::string> all{CORVANE_FIXTURES "/fake_agent.py"};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    return std::make_unique<Process>(path, all, testing_support::ProcessOptions{.grace = 5});
+  }
+
+  // What the agent printed next, as JSON; null when it printed nothing in time.
+  static json said(Process& agent, double seconds = 10) {
+    const auto line = agent.readLine(seconds);
+    return line ? json::parse(*line, nullptr, false) : json();
+  }
+
   testing_support::ScopedEnv shell{"SHELL", testing_support::writeScript(root + "/bin/login-shell", "exit 1\n")};
+  const std::string python = testing_support::systemPython();
 };
 
-TEST_F(McpTest, AnswersEachRequestAsItArrivesAndEndsWithItsInput) {
+// The client goes while tool discovery waits on a slow login shell. The handshake and the requests are
+// answered without waiting for it; the shell, and what it started, end with the server, and no output
+// file stays behind.
+TEST_F(McpTest, AnswersAsRequestsArriveAndEndsWithItsInputAndTheToolLookup) {
+  const std::string tmp = root + "/tmp", pids = root + "/pids";
+  fs::create_directories(tmp);
+  testing_support::ScopedEnv tmpdir("TMPDIR", tmp);
+  testing_support::ScopedEnv slowShell(
+      "SHELL", testing_support::writeScript(root + "/bin/slow-shell", "sleep 30 &\necho \"$$ $!\" > " + pids +
+                                                                          ".part && mv " + pids + ".part " + pids +
+                                                                          "\nwait\n"));
   Process server(CORVANE_EXE, {"mcp"}, {.captureErrors = true});
   ASSERT_GT(server.pid(), 0);
+  for (int i = 0; i < 200 && !fs::exists(pids); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  std::istringstream started(testing_support::readFile(pids));
+  pid_t shellPid = 0, sleepPid = 0;
+  ASSERT_TRUE(started >> shellPid >> sleepPid);
 
   ASSERT_TRUE(server.writeLine(initialize));
   const auto hello = server.readLine();
@@ -81,27 +111,6 @@ TEST_F(McpTest, AnswersEachRequestAsItArrivesAndEndsWithItsInput) {
   EXPECT_EQ(server.readToEnd(), "{\"id\":9,\"jsonrpc\":\"2.0\",\"result\":{}}\n");
   EXPECT_EQ(server.errors(), "");
   EXPECT_EQ(server.waitExit(), 0);
-}
-
-// The client goes while tool discovery waits on a slow login shell: the shell, and what it started,
-// end with the server, and no output file stays behind.
-TEST_F(McpTest, EndOfInputEndsTheToolLookupStillRunning) {
-  const std::string tmp = root + "/tmp", pids = root + "/pids";
-  fs::create_directories(tmp);
-  testing_support::ScopedEnv tmpdir("TMPDIR", tmp);
-  testing_support::ScopedEnv slowShell(
-      "SHELL", testing_support::writeScript(root + "/bin/slow-shell", "sleep 30 &\necho \"$$ $!\" > " + pids +
-                                                                          ".part && mv " + pids + ".part " + pids +
-                                                                          "\nwait\n"));
-  Process server(CORVANE_EXE, {"mcp"});
-  ASSERT_GT(server.pid(), 0);
-  for (int i = 0; i < 200 && !fs::exists(pids); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  std::istringstream started(testing_support::readFile(pids));
-  pid_t shellPid = 0, sleepPid = 0;
-  ASSERT_TRUE(started >> shellPid >> sleepPid);
-
-  server.closeInput();
-  EXPECT_EQ(server.waitExit(), 0);
   for (const pid_t pid : {shellPid, sleepPid}) {
     for (int i = 0; i < 100 && !platform::processGone(pid); ++i)
       std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -110,36 +119,9 @@ TEST_F(McpTest, EndOfInputEndsTheToolLookupStillRunning) {
   EXPECT_TRUE(fs::is_empty(tmp));
 }
 
-// Coding agents played by copies of the Python interpreter named like them, running fake_agent.py.
-class McpCallerTest : public McpTest {
- protected:
-  void SetUp() override {
-    McpTest::SetUp();
-    if (IsSkipped()) return;
-    if (python.empty()) GTEST_SKIP() << "needs python3";
-  }
-
-  // Starts the agent `name` ("claude", "codex") with the script's arguments.
-  std::unique_ptr<Process> agent(const std::string& name, const std::vector<std::string>& arguments) {
-    const std::string bin = root + "/bin", path = bin + "/" + name;
-    fs::create_directories(bin);
-    if (!fs::exists(path)) fs::copy_file(fs::canonical(python), path);
-    std::vector<std::string> all{CORVANE_FIXTURES "/fake_agent.py"};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    return std::make_unique<Process>(path, all, testing_support::ProcessOptions{.grace = 5});
-  }
-
-  // What the agent printed next, as JSON; null when it printed nothing in time.
-  static json said(Process& agent, double seconds = 10) {
-    const auto line = agent.readLine(seconds);
-    return line ? json::parse(*line, nullptr, false) : json();
-  }
-
-  const std::string python = testing_support::systemPython();
-};
-
 // Claude Code runs the server with one call of each tool, beside a dev server that Codex started.
-TEST_F(McpCallerTest, EachToolForAnAgentThatStopsOnlyWhatItStarted) {
+TEST_F(McpTest, EachToolForAnAgentThatStopsOnlyWhatItStarted) {
+  if (python.empty()) GTEST_SKIP() << "needs python3";
   const uint16_t codexPort = testing_support::freePort(), claudePort = testing_support::freePort();
   const auto codex = agent("codex", {"--serve", python, std::to_string(codexPort), makeProject()});
   json codexServer = said(*codex);

@@ -30,8 +30,6 @@ TEST(OutcomeTest, FreedLineAndExitCode) {
   const std::vector<Outcome> mixed = {outcome(State::stopped, 1'200'000'000), outcome(State::stopped, 0),
                                       outcome(State::stillRunning, 5'000'000'000), outcome(State::stopped, 60'000'000)};
   EXPECT_EQ(outcomeLines(mixed, Audience::commandLine).back(), "Freed 1.3 GB.");
-  EXPECT_EQ(outcomeLines({outcome(State::wouldStop), outcome(State::skipped)}, Audience::commandLine).size(), 2u);
-  EXPECT_EQ(outcomeLines({outcome(State::stopped, 0)}, Audience::agent).size(), 1u);
   EXPECT_EQ(exitCode(mixed), 1);
   EXPECT_EQ(exitCode({}), 2);
   EXPECT_EQ(exitCode({outcome(State::skipped)}), 2);
@@ -43,7 +41,7 @@ TEST(OutcomeTest, JSONForm) {
   EXPECT_EQ(toJSON(outcome(State::stillRunning, 7)),
             nlohmann::json::parse(R"({"id": "server:41", "kind": "server", "memory": 7, "state": "still-running",
                                       "title": "Vite :5173"})"));
-  EXPECT_EQ(toJSON(outcome(State::wouldStop, 0, "x"))["state"], "would-stop");
+  EXPECT_EQ(toJSON(outcome(State::wouldStop))["state"], "would-stop");  // free's own test runs as another user
   EXPECT_EQ(toJSON(outcome(State::skipped, 0, "pinned"))["reason"], "pinned");
   Item container{.id = "container:ab", .kind = Item::Kind::container, .memory = 300, .counted = false};
   EXPECT_EQ(makeOutcome(container, State::stopped).memory, 0u);

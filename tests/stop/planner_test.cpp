@@ -19,17 +19,10 @@ std::vector<std::string> plan(const std::vector<Item>& candidates, uint64_t targ
 
 using Ids = std::vector<std::string>;
 
-TEST(PlannerTest, TargetIsAFloor) {
-  const std::vector<Item> rows = {row("small", Item::Kind::server, 1'000'000'000, true),
-                                  row("big", Item::Kind::server, 1'500'000'000, true)};
-  EXPECT_EQ(plan(rows, 2'000'000'000), (Ids{"big", "small"}));
-  EXPECT_EQ(plan(rows, 1'500'000'000), Ids{"big"});
-  EXPECT_TRUE(plan({}, 1).empty());
-}
-
 // Candidates are the quiet rows the caller's rule lets go: idle, or not building, under the CPU bar
-// and serving no connection. Of those, idle rows go first, then the biggest of the kinds always worth freeing.
-TEST(PlannerTest, QuietCandidatesIdleFirstThenBiggestCountedOnly) {
+// and serving no connection. Of those, idle rows go first, then the biggest of the kinds always worth
+// freeing, until the target is reached: it is a floor.
+TEST(PlannerTest, QuietCandidatesIdleFirstThenBiggestCountedOnlyUpToTheTarget) {
   Item container = row("container", Item::Kind::container, 8'000'000'000, true);
   container.counted = false;
   Item busy = row("busy", Item::Kind::gradle, 9'000'000'000, false);
@@ -49,8 +42,11 @@ TEST(PlannerTest, QuietCandidatesIdleFirstThenBiggestCountedOnly) {
   const auto refusal = [](const Item& item) {
     return item.id == "pinned" ? std::optional<std::string>("pinned") : std::nullopt;
   };
-  EXPECT_EQ(plan(freeCandidates(rows, refusal), 100'000'000'000),
+  const std::vector<Item> candidates = freeCandidates(rows, refusal);
+  EXPECT_EQ(plan(candidates, 100'000'000'000),
             (Ids{"kotlin-a", "kotlin-b", "idle-serving", "server", "gradle", "sim"}));
+  EXPECT_EQ(plan(candidates, 1'700'000'000), (Ids{"kotlin-a", "kotlin-b", "idle-serving", "server"}));
+  EXPECT_EQ(plan(candidates, 1'700'000'001), (Ids{"kotlin-a", "kotlin-b", "idle-serving", "server", "gradle"}));
 }
 
 }  // namespace

@@ -1,27 +1,28 @@
 #include "stop/policy.h"
 
+#include <fstream>
+
 #include <gtest/gtest.h>
+
+#include "platform/defaults.h"
+#include "stop/pins.h"
+#include "support/fake_programs.h"
 
 namespace corvane {
 namespace {
 
 Item row(Item::Kind kind, bool guarded = false, bool building = false) {
-  Item item{.id = "row:1", .key = "row-key", .kind = kind, .title = "Row"};
-  item.stop = Stop::signal();
-  item.guarded = guarded;
-  item.building = building;
-  return item;
+  return {.id = "row:1", .key = "row-key", .kind = kind, .title = "Row", .stop = Stop::signal(), .guarded = guarded,
+          .building = building};
 }
 
-TEST(PolicyTest, EngineWithoutStopMethodIsRefusedUnderEveryRule) {
+TEST(PolicyTest, FirstRuleThatAppliesDecides) {
+  // An engine without a stop method is refused under every rule.
   Item engine = row(Item::Kind::docker);
   engine.stop.reset();
   for (bool pinned : {false, true})
     for (auto reason : {whyNot(engine, pinned, true), whyNot(engine, pinned), MCP::refusal(engine, pinned, 1)})
       EXPECT_EQ(reason, "Corvane doesn't stop it");
-}
-
-TEST(PolicyTest, FirstRuleThatAppliesDecides) {
   const Item database = row(Item::Kind::database, true);
   EXPECT_EQ(whyNot(database, false, false), "a database");
   EXPECT_EQ(whyNot(database, true, false), "pinned");
@@ -48,10 +49,27 @@ TEST(PolicyTest, AgentsStopOnlyWhatTheyStarted) {
   EXPECT_EQ(MCP::refusal(started(777, "Codex"), false, 4242), "started by another agent (Codex)");
   EXPECT_EQ(MCP::refusal(started(777, std::nullopt), false, 4242), "started by another agent (unknown)");
   EXPECT_EQ(MCP::refusal(started(std::nullopt, "Claude Code"), false, 4242), "started by another agent (Claude Code)");
-  EXPECT_EQ(MCP::refusal(started(std::nullopt, "Gemini CLI"), false, 4242), "started by another agent (Gemini CLI)");
   EXPECT_EQ(MCP::refusal(started(std::nullopt, "iTerm"), false, 4242), std::nullopt);
   EXPECT_EQ(MCP::refusal(started(std::nullopt, std::nullopt), false, std::nullopt), std::nullopt);
   EXPECT_EQ(MCP::refusal(started(4242, "Codex"), true, 4242), "pinned");
+}
+
+TEST(PinsTest, StringValuesOnlyAndKeysAsWritten) {
+  const std::string file = testing_support::makeTempDir("pins") + "/suite.plist";
+  const platform::DefaultsStore suite(file);
+  EXPECT_TRUE(readPins(suite).empty());  // no suite file yet
+  ASSERT_TRUE(suite.writeDictionary("pins", {{"db:postgres:5432", std::string("PostgreSQL")}, {"x", std::string()}}));
+  const Pins pins = readPins(suite);
+  EXPECT_EQ(pins, (Pins{{"db:postgres:5432", "PostgreSQL"}, {"x", ""}}));
+  EXPECT_TRUE(isPinned(pins, {.key = "db:postgres:5432"}));
+  EXPECT_FALSE(isPinned(pins, {.key = "DB:postgres:5432"}));
+
+  // One value of another type means no pins at all.
+  std::ofstream(file) << "<plist version=\"1.0\"><dict><key>pins</key><dict><key>a</key><string>x</string>"
+                         "<key>b</key><integer>1</integer></dict></dict></plist>";
+  EXPECT_TRUE(readPins(suite).empty());
+  std::ofstream(file) << "<plist version=\"1.0\"><dict><key>pins</key><array/></dict></plist>";
+  EXPECT_TRUE(readPins(suite).empty());
 }
 
 }  // namespace
