@@ -8,14 +8,12 @@
 
 int main(int argc, char** argv) {
   char pattern[] = "/tmp/corvane-test-XXXXXX";
-  const char* root = mkdtemp(pattern);
-  if (!root) return 1;
-  std::string base(root);
+  if (!mkdtemp(pattern)) return 1;
+  const std::string base = pattern;
   for (const char* name : {"data", "config", "tmp"}) std::filesystem::create_directories(base + "/" + name);
   setenv("XDG_DATA_HOME", (base + "/data").c_str(), 1);
   setenv("XDG_CONFIG_HOME", (base + "/config").c_str(), 1);
   setenv("TMPDIR", (base + "/tmp").c_str(), 1);
-  setenv("CORVANE_TEST_ROOT", base.c_str(), 1);
   testing::InitGoogleMock(&argc, argv);
   int result = RUN_ALL_TESTS();
   std::error_code ignored;

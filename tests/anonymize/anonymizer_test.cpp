@@ -27,23 +27,7 @@ class RulesTest : public ::testing::Test {
   RewriteState state{"/Users/ann", "s", {}, false};
 };
 
-TEST_F(RulesTest, PathsLoseHomeAndPrivateFoldersButNotPublicOnes) {
-  EXPECT_EQ(path("/Users/ann"), "~");
-  EXPECT_EQ(path("/Users/ann/Projects/shop/web/server.js"),
-            "~/Projects/" + h("shop") + "/" + h("web") + "/" + h("server") + ".js");
-  EXPECT_EQ(path("/Users/annie/x"), "/Users/" + h("annie") + "/" + h("x"));
-  EXPECT_EQ(path("/usr/local/secretproject/x"), "/usr/local/secretproject/x");
-  EXPECT_EQ(path("/Users/ann/shop/node_modules/@acme/private-pkg/index.js"),
-            "~/" + h("shop") + "/node_modules/@acme/private-pkg/index.js");
-  EXPECT_EQ(path("/Users/ann/tools/mytool", true), "~/" + h("tools") + "/mytool");
-  EXPECT_EQ(Anonymizer("/Users/ann/", "s").anonymize("/Users/ann/shop/bin/shop"),
-            "~/" + h("shop") + "/bin/" + h("shop"));
-  // A hash is the first bytes of sha256(salt + name): sha256("pepper-1shop") = dfc33b90…
-  EXPECT_EQ(saltedHash("pepper-1", "shop"), "dfc33b90");
-  EXPECT_EQ(Anonymizer("/Users/ann", "pepper-1").hash("shop"), "dfc33b90");
-}
-
-TEST_F(RulesTest, ComponentsWithoutLettersStayAndExtensionsAreShortLetters) {
+TEST_F(RulesTest, ComponentsWithoutLettersStayPathsLoseHomeAndPrivateFolders) {
   // Letters are those of any script: a dash, an emoji, a currency sign, lone accents and Arabic digits are none.
   for (const char* kept : {"0f2c3a7e-1b2d-4c5e-8F90-A1B2C3D4E5F6", "2024", "1.2.3", "", ".env", "~",
                            "Application Support", "claude", "postgres", "2024\xE2\x80\x93" "2025", "\xF0\x9F\x9A\x80",
@@ -59,9 +43,23 @@ TEST_F(RulesTest, ComponentsWithoutLettersStayAndExtensionsAreShortLetters) {
   // An extension of letters with a combining accent is still letters only, and short.
   EXPECT_EQ(component("menu.cafe\xCC\x81"), h("menu") + ".cafe\xCC\x81");
   EXPECT_TRUE(state.privateNames.contains("notes") && state.privateNames.contains("notes.txt"));
+
+  EXPECT_EQ(path("/Users/ann"), "~");
+  EXPECT_EQ(path("/Users/ann/Projects/shop/web/server.js"),
+            "~/Projects/" + h("shop") + "/" + h("web") + "/" + h("server") + ".js");
+  EXPECT_EQ(path("/Users/annie/x"), "/Users/" + h("annie") + "/" + h("x"));
+  EXPECT_EQ(path("/usr/local/secretproject/x"), "/usr/local/secretproject/x");
+  EXPECT_EQ(path("/Users/ann/shop/node_modules/@acme/private-pkg/index.js"),
+            "~/" + h("shop") + "/node_modules/@acme/private-pkg/index.js");
+  EXPECT_EQ(path("/Users/ann/tools/mytool", true), "~/" + h("tools") + "/mytool");
+  EXPECT_EQ(Anonymizer("/Users/ann/", "s").anonymize("/Users/ann/shop/bin/shop"),
+            "~/" + h("shop") + "/bin/" + h("shop"));
+  // A hash is the first bytes of sha256(salt + name): sha256("pepper-1shop") = dfc33b90…
+  EXPECT_EQ(saltedHash("pepper-1", "shop"), "dfc33b90");
+  EXPECT_EQ(Anonymizer("/Users/ann", "pepper-1").hash("shop"), "dfc33b90");
 }
 
-TEST_F(RulesTest, SecretsAfterTokenOptionsAreHiddenInOneArgumentOrTheNext) {
+TEST_F(RulesTest, SecretsTokensAddressesAndPrivateNamesInArgumentsAreHashed) {
   EXPECT_EQ(arg("--api-key=VALUE"), "--api-key=" + h("VALUE"));
   EXPECT_EQ(arg("--password"), "--password");
   EXPECT_EQ(arg("hunter2"), h("hunter2"));
@@ -76,9 +74,7 @@ TEST_F(RulesTest, SecretsAfterTokenOptionsAreHiddenInOneArgumentOrTheNext) {
   }
   state.secretNext = false;
   EXPECT_EQ(arg("\xE2\x84\xAA" "EY=v"), "\xE2\x84\xAA" "EY=" + h("v"));  // a Kelvin sign lower-cases to "k"
-}
 
-TEST_F(RulesTest, WordsThatLookLikeTokensAddressesOrPrivateNamesAreHashed) {
   // Words of 20 characters with a digit of any script look like tokens; accents don't add characters.
   std::string accented;
   for (int i = 0; i < 10; ++i) accented += "e\xCC\x81";

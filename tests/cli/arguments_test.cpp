@@ -19,7 +19,7 @@ TEST(GigabytesTest, WhatStrtodReadsWholeBetweenZeroAnd1024) {
     EXPECT_FALSE(parseGigabytes(text)) << '"' << text << '"';
 }
 
-TEST(ArgumentsTest, ActionOfEachVector) {
+TEST(ArgumentsTest, ActionOfEachVectorFlagsAndValuesInAnyOrder) {
   const std::vector<std::pair<std::vector<std::string>, Action>> cases = {
       // Help wins over everything else on the line.
       {{}, Action::help}, {{"stop", "--help"}, Action::help}, {{"--help", "stop", "x", "y", "z"}, Action::help},
@@ -32,9 +32,7 @@ TEST(ArgumentsTest, ActionOfEachVector) {
       {{"mcp"}, Action::mcp}, {{"status"}, Action::status}};
   for (const auto& [args, action] : cases)
     EXPECT_EQ(parseArguments(args).action, action) << testing::PrintToString(args);
-}
 
-TEST(ArgumentsTest, FlagsAndValuesInAnyOrder) {
   auto status = parseArguments({"--json", "status", "--json"});
   EXPECT_EQ(status.action, Action::status);
   EXPECT_TRUE(status.json);

@@ -11,7 +11,7 @@ Item row(std::string id, Item::Kind kind, std::string title, uint64_t memory,
           .pids = {1}, .memory = memory, .stop = Stop::signal()};
 }
 
-TEST(StatusReportTest, RowLineColumnsAndMarks) {
+TEST(StatusReportTest, RowLineColumnsMarksAndTitlesFilling34UTF16Units) {
   Item next = row("server:4121", Item::Kind::server, "Next.js :3000", 1'200'000'000);
   next.startedBy = "Claude Code";
   next.pids = {4121, 4122, 4123};
@@ -26,9 +26,7 @@ TEST(StatusReportTest, RowLineColumnsAndMarks) {
   EXPECT_EQ(rowLine(engine, true), "  " + std::string(34, 'x') + " 1234.5 GB  docker \xC2\xB7 started by iTerm "
                                    "\xC2\xB7 pinned \xC2\xB7 guarded \xC2\xB7 not stoppable \xC2\xB7 1 proc \xC2\xB7 "
                                    "docker:OrbStack");
-}
 
-TEST(StatusReportTest, TitlesFill34UTF16Units) {
   const std::pair<std::string, std::string> cases[] = {
       // A two-byte middle dot is one unit.
       {"Xcode Previews \xC2\xB7 iPhone 16 Pro Max Ultra", "Xcode Previews \xC2\xB7 iPhone 16 Pro Max"},

@@ -91,7 +91,7 @@ TEST(DevicesAndEnginesTest, Rows) {
 
 // A simulator's device folder must hold an upper-case UUID between slashes; a dev server is a process
 // of a project folder, outside the system's folders and any app's bundle, that listens.
-TEST(ProjectRowsTest, BundlersAndAgentsNamedFromTheCommandLineAndWhatIsNoRow) {
+TEST(ProjectRowsTest, BundlersAgentsAndServersNamedFromTheCommandLineAndWhatIsNoRow) {
   const std::string node = "/usr/bin/node";
   const std::string flutter = "/Users/ann/flutter/bin/cache/flutter_tools.snapshot";
   std::string lower = udid;
@@ -130,9 +130,7 @@ TEST(ProjectRowsTest, BundlersAndAgentsNamedFromTheCommandLineAndWhatIsNoRow) {
       {"agent:51", "Claude Code", {51}},
   });
   EXPECT_FALSE(items.at(5).startedBy);
-}
 
-TEST(DevServerTest, NamesFromTheCommandLineOrTheListener) {
   const std::tuple<std::string, std::vector<std::string>, std::string> cases[] = {
       {"/usr/local/bin/caddy", {"caddy", "run"}, "caddy"},
       {"/usr/bin/ruby", {"puma 6.4.2 (tcp://localhost:3000) [app]"}, "Ruby"},

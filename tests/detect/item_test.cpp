@@ -35,7 +35,7 @@ TEST(StopTest, JSONHasExactlyOneKey) {
   EXPECT_FALSE(decodeStop(json::parse(R"({"signal": []})")));
 }
 
-TEST(ItemTest, RoundTripsAndLeavesOutAbsentOptionals) {
+TEST(ItemTest, ItemsAndContainersRoundTripAndLeaveOutAbsentOptionals) {
   for (auto kind : allKinds) EXPECT_EQ(kindFromRawValue(rawValue(kind)), kind);
   EXPECT_FALSE(kindFromRawValue("simulatorapp"));
   Item item = sampleItem();
@@ -66,9 +66,7 @@ TEST(ItemTest, RoundTripsAndLeavesOutAbsentOptionals) {
   bad["stop"] = json::parse(R"({"signal": {}, "emulator": {}})");
   EXPECT_EQ(decodeItem(bad).error, "Item: \"stop\": Invalid number of keys found, expected one.");
   EXPECT_FALSE(decodeItem(json("item")));
-}
 
-TEST(ContainerTest, RoundTripsWithAndWithoutProject) {
   for (Container c : {Container{"abc123", "shop-db-1", "postgres:16", "shop", 250'000'000},
                       Container{"abc123", "shop-db-1", "postgres:16", std::nullopt, 250'000'000}}) {
     EXPECT_EQ(toJSON(c).contains("project"), c.project.has_value());

@@ -53,7 +53,7 @@ TEST(LaunchChainTest, RootAndLauncher) {
 
 // Each executable listens in a project and has started a server there. An application is no row and
 // names the server's launcher; a runtime or tool is the server, owning what it started.
-TEST(AppPathTest, LinuxInstallsAreAppsRuntimesAndToolsAreNot) {
+TEST(AppPathTest, LinuxInstallsAreAppsRuntimesAndToolsAreNotAgentsByNameScriptOrInstall) {
   const std::pair<std::string, std::optional<std::string>> cases[] = {
       {"/usr/share/code/code", "VS Code"},
       {"/snap/code/172/usr/share/code/code", "VS Code"},
@@ -79,10 +79,8 @@ TEST(AppPathTest, LinuxInstallsAreAppsRuntimesAndToolsAreNot) {
     EXPECT_EQ(items[0].id, name ? "server:11" : "server:10");
     EXPECT_EQ(items[0].startedBy, name);
   }
-}
 
-TEST(AgentNameTest, ByNameScriptOrInstall) {
-  const std::pair<Proc, std::optional<std::string>> cases[] = {
+  const std::pair<Proc, std::optional<std::string>> agents[] = {
       {makeProc(1, 0, "/Users/ann/.local/share/claude/versions/2.0.14"), "Claude Code"},
       {makeProc(1, 0, "/usr/local/bin/renamed", {"/usr/local/bin/gemini"}), "Gemini CLI"},
       {makeProc(1, 0, "/opt/codex/codex-aarch64-apple-darwin"), "Codex"},
@@ -93,7 +91,7 @@ TEST(AgentNameTest, ByNameScriptOrInstall) {
       {makeProc(1, 0, "/usr/bin/python3", {"python3", "/usr/bin/claude"}), std::nullopt},
       {makeProc(1, 0, "/usr/bin/Claude"), std::nullopt},
   };
-  for (const auto& [proc, name] : cases) EXPECT_EQ(agentName(proc), name) << proc.path;
+  for (const auto& [proc, name] : agents) EXPECT_EQ(agentName(proc), name) << proc.path;
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ Item row(const std::string& id, uint64_t cpuTime, int64_t inbound = 0, Item::Kin
 
 Item scan(Tracker& tracker, const Item& item, double seconds) { return tracker.update({item}, at(seconds))[0]; }
 
-TEST(TrackerTest, CpuIsMeasuredFromTheNewestSampleAtLeastTenSecondsOldAndBuildsAreBusy) {
+TEST(TrackerTest, CpuFromTheNewestSampleAtLeastTenSecondsOldBuildsAreBusyIdleAfterTenQuietMinutes) {
   Tracker tracker;
   const Item first = scan(tracker, row("s", 10 * second), 0);
   EXPECT_EQ(first.cpu, 0);
@@ -38,18 +38,17 @@ TEST(TrackerTest, CpuIsMeasuredFromTheNewestSampleAtLeastTenSecondsOldAndBuildsA
   const auto items = tracker.update({row("gradle:1", 0, 1, Item::Kind::gradle), row("server:2", 0, 1)}, at(20));
   EXPECT_TRUE(items[0].building);
   EXPECT_FALSE(items[1].building);
-}
 
-TEST(TrackerTest, IdleAfterTenQuietMinutesUntilActiveAgain) {
-  Tracker tracker;
-  scan(tracker, row("db", 0), 0);
-  EXPECT_FALSE(scan(tracker, row("db", 0), 300).idleSince);
-  EXPECT_EQ(scan(tracker, row("db", 0), 600).idleSince, at(0));
+  // Idle after ten quiet minutes, until active again.
+  Tracker idle;
+  scan(idle, row("db", 0), 0);
+  EXPECT_FALSE(scan(idle, row("db", 0), 300).idleSince);
+  EXPECT_EQ(scan(idle, row("db", 0), 600).idleSince, at(0));
   // From the 300 s sample, the newest at least 10 s old: 5 s over 310 s is above 0.01 cores.
-  EXPECT_FALSE(scan(tracker, row("db", 5 * second), 610).idleSince);
-  EXPECT_EQ(scan(tracker, row("db", 5 * second), 1210).idleSince, at(610));
+  EXPECT_FALSE(scan(idle, row("db", 5 * second), 610).idleSince);
+  EXPECT_EQ(scan(idle, row("db", 5 * second), 1210).idleSince, at(610));
   // Connections keep a row active without CPU.
-  EXPECT_FALSE(scan(tracker, row("db", 5 * second, 2), 1220).idleSince);
+  EXPECT_FALSE(scan(idle, row("db", 5 * second, 2), 1220).idleSince);
 }
 
 TEST(TrackerTest, GoneRowsAreForgottenAndRowsWithoutProcessesPassUntouched) {

@@ -16,20 +16,14 @@ namespace corvane::testing {
 
 // The fixture of that name in tests/fixtures; fails the test when it cannot be read.
 inline World loadWorld(const std::string& name) {
-  World world;
-  const std::string path = std::string(CORVANE_FIXTURES) + "/" + name;
-  std::ifstream in(path);
-  const auto json = nlohmann::json::parse(in, nullptr, false);
-  auto snapshot = json.is_discarded() ? Decoded<Snapshot>::failure("not JSON") : decodeSnapshot(json);
-  if (!snapshot) {
-    ADD_FAILURE() << path << ": " << snapshot.error;
-    return world;
-  }
-  world.snapshot = std::move(*snapshot.value);
-  world.simulators = json.value("simulators", std::map<std::string, std::string>());
+  const auto json = nlohmann::json::parse(std::ifstream(std::string(CORVANE_FIXTURES) + "/" + name));
+  World world{.simulators = json.value("simulators", std::map<std::string, std::string>())};
+  auto snapshot = decodeSnapshot(json);
+  if (snapshot) world.snapshot = std::move(*snapshot.value);
+  else ADD_FAILURE() << name << ": " << snapshot.error;
   for (const auto& entry : json.value("containers", nlohmann::json::array())) {
     auto container = decodeContainer(entry);
-    if (!container) ADD_FAILURE() << path << ": " << container.error;
+    if (!container) ADD_FAILURE() << name << ": " << container.error;
     else world.containers.push_back(std::move(*container.value));
   }
   return world;

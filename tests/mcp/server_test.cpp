@@ -79,10 +79,9 @@ TEST_F(McpTest, AnswersAsRequestsArriveAndEndsWithItsInputAndTheToolLookup) {
   const std::string tmp = root + "/tmp", pids = root + "/pids";
   fs::create_directories(tmp);
   testing_support::ScopedEnv tmpdir("TMPDIR", tmp);
-  testing_support::ScopedEnv slowShell(
-      "SHELL", testing_support::writeScript(root + "/bin/slow-shell", "sleep 30 &\necho \"$$ $!\" > " + pids +
-                                                                          ".part && mv " + pids + ".part " + pids +
-                                                                          "\nwait\n"));
+  const std::string slow =
+      "sleep 30 &\necho \"$$ $!\" > " + pids + ".part && mv " + pids + ".part " + pids + "\nwait\n";
+  testing_support::ScopedEnv slowShell("SHELL", testing_support::writeScript(root + "/bin/slow-shell", slow));
   Process server(CORVANE_EXE, {"mcp"}, {.captureErrors = true});
   ASSERT_GT(server.pid(), 0);
   for (int i = 0; i < 200 && !fs::exists(pids); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(50));

@@ -11,14 +11,12 @@ namespace {
 
 using testing_support::writeScript;
 
-TEST(MemorySizeTest, UnitsAndOddInput) {
+TEST(ContainersTest, MemorySizesJSONLinesAndLabels) {
   for (const auto& [text, bytes] : std::initializer_list<std::pair<const char*, uint64_t>>{
            {"1.5GiB", 1610612736}, {"512MiB", 536870912}, {"12.3kB", 12300}, {" \t1.5GiB \t", 1610612736},
            {"--", 0}, {"GiB", 0}, {"1.5 GiB", 0}, {"-3MiB", 0}, {"nanGiB", 0}, {"1e10TB", UINT64_MAX}})
     EXPECT_EQ(parseMemorySize(text), bytes) << text;
-}
 
-TEST(ContainersTest, JSONLinesAndLabels) {
   const auto objects = parseJSONLines("{\"a\":1}\n\n[1]\nnot json\n{\"b\":\"x\xff\xE2\x9Cy\"}\n\"s\"\n{\"c\":2}");
   ASSERT_EQ(objects.size(), 3u);
   EXPECT_EQ(objects[0]["a"], 1);

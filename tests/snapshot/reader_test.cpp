@@ -198,11 +198,8 @@ TEST(ReaderTest, ArgsCacheZombieOtherUsersAndOwnSockets) {
 #ifdef __linux__
   proc = find(snapshot, zombie.pid());
   ASSERT_NE(proc, nullptr);
-  EXPECT_TRUE(proc->args.empty());
-  EXPECT_EQ(proc->path, "");
-  EXPECT_EQ(proc->name, "");
-  EXPECT_EQ(proc->cwd, "/");
-  EXPECT_TRUE(proc->listening.empty());
+  EXPECT_TRUE(proc->args.empty() && proc->listening.empty());
+  EXPECT_EQ(std::tie(proc->path, proc->name, proc->cwd), std::tuple("", "", "/"));
 #endif
   for (const pid_t other : others) {
     EXPECT_EQ(find(snapshot, other), nullptr) << other;

@@ -15,7 +15,7 @@ const Proc sample{.pid = 4121, .ppid = 4100, .path = "/opt/homebrew/bin/node",
                   .started = dateFromSeconds(1772356500.123456), .listening = {3000, 9229}, .inbound = 3,
                   .name = "node"};
 
-TEST(DateTest, ISO8601KeepsMicrosecondsAndReadsOffsets) {
+TEST(SnapshotTest, DatesKeepMicrosecondsSnapshotsRoundTripThroughAFileBadJSONIsAnErrorValue) {
   Date d = dateFromSeconds(1772356500.25);
   EXPECT_EQ(iso8601(d), "2026-03-01T09:15:00.25Z");
   EXPECT_EQ(iso8601(dateFromSeconds(1772356500)), "2026-03-01T09:15:00Z");
@@ -26,11 +26,9 @@ TEST(DateTest, ISO8601KeepsMicrosecondsAndReadsOffsets) {
   for (auto bad : {"", "2026-03-01", "2026-13-01T00:00:00Z", "2026-03-01T09:15:00", "2026-03-01T09:15:00.Z",
                    "2026-03-01T09:15:00Zjunk", "2026-02-30T00:00:00Z"})
     EXPECT_FALSE(parseISO8601(bad)) << bad;
-}
 
-// With and without a responsible process, which is left out of the JSON when absent; what doesn't
-// decode is an error value.
-TEST(SnapshotTest, RoundTripsThroughAFileAndMalformedJSONIsAnErrorValue) {
+  // With and without a responsible process, which is left out of the JSON when absent; what doesn't
+  // decode is an error value.
   const json good = toJSON(sample);
   EXPECT_FALSE(good.contains("responsible"));
   EXPECT_EQ(good["started"], "2026-03-01T09:15:00.123456Z");
@@ -45,10 +43,9 @@ TEST(SnapshotTest, RoundTripsThroughAFileAndMalformedJSONIsAnErrorValue) {
   EXPECT_EQ(*back.value, s);
 
   EXPECT_FALSE(readSnapshotFile(path + ".missing"));
-  auto noProcs = decodeSnapshot(json{{"taken", "2026-03-01T09:15:00Z"}});
-  EXPECT_EQ(noProcs.error, "Snapshot: the key \"procs\" is missing.");
-  auto badProc = decodeSnapshot(json{{"taken", "2026-03-01T09:15:00Z"}, {"procs", {1}}});
-  EXPECT_EQ(badProc.error, "Snapshot: process 0: Proc must be a JSON object.");
+  EXPECT_EQ(decodeSnapshot(json{{"taken", "2026-03-01T09:15:00Z"}}).error, "Snapshot: the key \"procs\" is missing.");
+  EXPECT_EQ(decodeSnapshot(json{{"taken", "2026-03-01T09:15:00Z"}, {"procs", {1}}}).error,
+            "Snapshot: process 0: Proc must be a JSON object.");
   auto broken = [&](auto change) {
     json j = good;
     change(j);

@@ -22,7 +22,7 @@ std::vector<std::string> ids(const std::string& target, bool byIdOrPort) {
 
 using Ids = std::vector<std::string>;
 
-TEST(MatchTest, IdThenPortThenProject) {
+TEST(MatchTest, IdThenPortThenProjectIgnoringCaseAndHowAccentsAreSpelt) {
   for (const char* port : {"3000", ":3000", "+3000", ":+3000", "03000"}) EXPECT_EQ(ids(port, true), Ids{"server:20"});
   EXPECT_EQ(ids("3001", true), Ids{"3001"});  // the id wins over server:40's port
   EXPECT_EQ(ids("70000", false), Ids{"server:40"});
@@ -32,9 +32,7 @@ TEST(MatchTest, IdThenPortThenProject) {
   EXPECT_EQ(portOfTarget("65535"), 65535);
   EXPECT_FALSE(portOfTarget("65536"));
   EXPECT_FALSE(portOfTarget("99999999999999999999"));
-}
 
-TEST(MatchTest, ProjectsMatchIgnoringCaseAndHowAccentsAreSpelt) {
   struct Case {
     const char* target;
     const char* project;

@@ -11,7 +11,7 @@ Outcome outcome(State state, uint64_t memory = 1'250'000'000, std::optional<std:
   return Outcome{"server:41", "Vite :5173", Item::Kind::server, memory, state, std::move(reason)};
 }
 
-TEST(OutcomeTest, LineOfEveryState) {
+TEST(OutcomeTest, LineOfEveryStateFreedLineExitCodeAndJSONForm) {
   for (Audience audience : {Audience::commandLine, Audience::agent}) {
     EXPECT_EQ(outcomeLine(outcome(State::stopped), audience), "Stopped Vite :5173 (1.2 GB).");
     EXPECT_EQ(outcomeLine(outcome(State::wouldStop, 0), audience), "Would stop Vite :5173 (0.0 GB).");
@@ -24,9 +24,7 @@ TEST(OutcomeTest, LineOfEveryState) {
             "Vite :5173 is still running after 5 s. `corvane stop server:41 --force` kills it.");
   EXPECT_EQ(outcomeLine(outcome(State::stillRunning), Audience::agent),
             "Vite :5173 is still running after 5 s. The user can force-stop it in Corvane.");
-}
 
-TEST(OutcomeTest, FreedLineAndExitCode) {
   const std::vector<Outcome> mixed = {outcome(State::stopped, 1'200'000'000), outcome(State::stopped, 0),
                                       outcome(State::stillRunning, 5'000'000'000), outcome(State::stopped, 60'000'000)};
   EXPECT_EQ(outcomeLines(mixed, Audience::commandLine).back(), "Freed 1.3 GB.");
@@ -35,9 +33,7 @@ TEST(OutcomeTest, FreedLineAndExitCode) {
   EXPECT_EQ(exitCode({outcome(State::skipped)}), 2);
   EXPECT_EQ(exitCode({outcome(State::skipped), outcome(State::wouldStop)}), 0);
   EXPECT_EQ(exitCode({outcome(State::failed), outcome(State::skipped)}), 1);
-}
 
-TEST(OutcomeTest, JSONForm) {
   EXPECT_EQ(toJSON(outcome(State::stillRunning, 7)),
             nlohmann::json::parse(R"({"id": "server:41", "kind": "server", "memory": 7, "state": "still-running",
                                       "title": "Vite :5173"})"));

@@ -16,7 +16,7 @@ Item row(Item::Kind kind, bool guarded = false, bool building = false) {
           .building = building};
 }
 
-TEST(PolicyTest, FirstRuleThatAppliesDecides) {
+TEST(PolicyTest, FirstRuleThatAppliesDecidesAgentsStopOnlyWhatTheyStarted) {
   // An engine without a stop method is refused under every rule.
   Item engine = row(Item::Kind::docker);
   engine.stop.reset();
@@ -35,9 +35,7 @@ TEST(PolicyTest, FirstRuleThatAppliesDecides) {
   const Item build = row(Item::Kind::server, false, true);
   EXPECT_EQ(whyNot(build, false, false), std::nullopt);
   EXPECT_EQ(whyNot(build, false), "building");
-}
 
-TEST(PolicyTest, AgentsStopOnlyWhatTheyStarted) {
   auto started = [](std::optional<int32_t> pid, std::optional<std::string> by) {
     Item item = row(Item::Kind::server);
     item.agentPID = pid;

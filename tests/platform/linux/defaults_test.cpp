@@ -72,7 +72,7 @@ TEST(DefaultsTest, WritesAreXMLAndKeepEveryOtherValueBinarySuitesAreRead) {
 // A NUL character in any string or key makes the whole suite unreadable and leaves it unwritten, as
 // does a file that is no property list; a value that XML can't carry back unchanged leaves it unwritten
 // too, though the rest stays readable.
-TEST(DefaultsTest, CorruptOrUnfaithfulSuitesAreNeverWritten) {
+TEST(DefaultsTest, CorruptOrUnfaithfulSuitesAreNeverWrittenNorAnyOnceClosed) {
   const std::string dir = testing_support::makeTempDir("corrupt");
   const auto nulled = [](plist_t root, bool binary) {  // "~" becomes NUL: a UTF-16 one after "é"
     std::string form = formOf(root, binary);
@@ -98,13 +98,10 @@ TEST(DefaultsTest, CorruptOrUnfaithfulSuitesAreNeverWritten) {
     EXPECT_FALSE(store.writeDictionary("toolMisses", {{"adb", dateFromSeconds(1767225600)}})) << c.what;
     EXPECT_EQ(readFile(store.file()), c.bytes) << c.what;
   }
-}
 
-// In a child process of its own, since closing is for the rest of the process's life.
-TEST(DefaultsTest, NoWritesOnceClosed) {
-  const std::string dir = testing_support::makeTempDir("closed");
+  // In a child process of its own, since closing is for the rest of the process's life.
   testing_support::Process child([&] {
-    const DefaultsStore store(dir + "/suite.plist");
+    const DefaultsStore store(dir + "/closed.plist");
     const bool before = store.writeDictionary("pins", {{"a", std::string("b")}});
     closeDefaults();
     const bool after = store.writeDictionary("pins", {{"c", std::string("d")}});

@@ -3,7 +3,6 @@
 
 #include <fstream>
 #include <memory>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 

@@ -10,7 +10,7 @@
 namespace corvane::platform::linux_proc {
 namespace {
 
-TEST(TcpTableTest, ProcNetTcpRowsOfTheUserInListenAndEstablished) {
+TEST(TcpTableTest, ProcNetTcpRowsOfTheUserInListenAndEstablishedNetlinkAgrees) {
   const char* v4 =
       "  sl  local_address rem_address   st tx_queue rx_queue tr tm->when retrnsmt   uid  timeout inode\n"
       "   0: 0100007F:0BB8 00000000:0000 0A 00000000:00000000 00:00000000 00000000   501        0 48213 1 0 100 0 0\n"
@@ -38,10 +38,8 @@ TEST(TcpTableTest, ProcNetTcpRowsOfTheUserInListenAndEstablished) {
   dropUncountableConnections(table);
   EXPECT_EQ(table.size(), 3u);
   EXPECT_FALSE(table.contains(60000));
-}
 
-// Both ways of reading see a socket of this process with the same port and state.
-TEST(TcpTableTest, NetlinkAndProcFilesAgree) {
+  // Both ways of reading see a socket of this process with the same port and state.
   testing_support::Socket listener(AF_INET6);
   const uint16_t port = listener.listen();
   if (port == 0) GTEST_SKIP() << "no IPv6 loopback";
@@ -52,10 +50,10 @@ TEST(TcpTableTest, NetlinkAndProcFilesAgree) {
   const auto fromNetlink = readTcpTableFromNetlink(getuid());
   const auto fromFiles = readTcpTableFromProcFiles(getuid());
   ASSERT_TRUE(fromNetlink);
-  for (const TcpTable* table : {&*fromNetlink, &fromFiles}) {
-    ASSERT_TRUE(table->contains(inode));
-    EXPECT_EQ(table->at(inode).port, port);
-    EXPECT_TRUE(table->at(inode).listening);
+  for (const TcpTable* read : {&*fromNetlink, &fromFiles}) {
+    ASSERT_TRUE(read->contains(inode));
+    EXPECT_EQ(read->at(inode).port, port);
+    EXPECT_TRUE(read->at(inode).listening);
   }
 }
 
