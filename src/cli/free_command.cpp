@@ -4,10 +4,10 @@
 
 #include "cli/commands.h"
 #include "base/exit_codes.h"
+#include "base/gigabytes.h"
 #include "cli/outcome_output.h"
 #include "platform/output.h"
 #include "scanner/settled_scan.h"
-#include "cli/status_report.h"
 #include "stop/stop_rows.h"
 #include "scanner/scanner.h"
 #include "stop/pins.h"
@@ -46,12 +46,8 @@ int32_t freeCommand(double gigabytes, bool dryRun, bool json) {
     return ExitCode::nothingToDo;
   }
 
-  std::vector<Outcome> outcomes;
-  if (dryRun) {
-    for (const Item& row : plan) outcomes.push_back(makeOutcome(row, Outcome::State::wouldStop));
-  } else {
-    outcomes = stopRows(plan, scanner.startTimes(), StopMode::polite, "corvane free", tools);
-  }
+  const std::vector<Outcome> outcomes =
+      dryRun ? wouldStopOutcomes(plan) : stopRows(plan, scanner.startTimes(), StopMode::polite, "corvane free", tools);
 
   if (json) {
     platform::writeOut(outcomesJSON(outcomes));

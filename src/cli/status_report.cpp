@@ -1,10 +1,10 @@
 #include "cli/status_report.h"
 
 #include <algorithm>
-#include <cstdio>
 
-#include "snapshot/unicode.h"
+#include "base/gigabytes.h"
 #include "base/utf8.h"
+#include "snapshot/unicode.h"
 
 namespace corvane {
 
@@ -50,12 +50,6 @@ std::string_view groupName(Item::Kind kind) {
     case Item::Kind::agent: return "Agents";
   }
   return "";
-}
-
-std::string gigabyteText(uint64_t bytes) {
-  char buffer[64];
-  std::snprintf(buffer, sizeof buffer, "%.1f GB", static_cast<double>(bytes) / 1e9);
-  return buffer;
 }
 
 std::string headerLine(const StatusHeader& h) {

@@ -14,9 +14,6 @@ namespace corvane {
 // The heading of a row that has no project.
 std::string_view groupName(Item::Kind kind);
 
-// Bytes as decimal gigabytes with one decimal: "1.5 GB".
-std::string gigabyteText(uint64_t bytes);
-
 struct StatusHeader {
   uint64_t devStack = 0;  // bytes of the counted rows
   Pressure pressure = Pressure::normal;

@@ -32,13 +32,10 @@ int32_t stopCommand(const std::string& target, bool yes, bool force, bool dryRun
     return matched.byIdOrPort ? whyNot(item, pinned, yes) : whyNot(item, pinned);
   });
 
-  if (dryRun) {
-    for (const Item& item : toStop) outcomes.push_back(makeOutcome(item, Outcome::State::wouldStop));
-  } else {
-    const StopMode mode = force ? StopMode::force : StopMode::polite;
-    auto stopped = stopRows(toStop, scanner.startTimes(), mode, "corvane stop", tools);
-    outcomes.insert(outcomes.end(), stopped.begin(), stopped.end());
-  }
+  const StopMode mode = force ? StopMode::force : StopMode::polite;
+  const std::vector<Outcome> stopped =
+      dryRun ? wouldStopOutcomes(toStop) : stopRows(toStop, scanner.startTimes(), mode, "corvane stop", tools);
+  outcomes.insert(outcomes.end(), stopped.begin(), stopped.end());
 
   platform::writeOut(json ? outcomesJSON(outcomes) : outcomesText(outcomes));
 

@@ -47,11 +47,7 @@ Reply freeMemory(double gb, bool dryRun, Scanner& scanner, std::optional<int32_t
   const std::vector<Item> plan = planFree(candidates, static_cast<uint64_t>(gb * 1e9));
   if (plan.empty()) return {"Nothing to free: no simulators, emulators or daemons you may stop.", false};
 
-  if (dryRun) {
-    std::vector<Outcome> outcomes;
-    for (const auto& item : plan) outcomes.push_back(makeOutcome(item, Outcome::State::wouldStop));
-    return {joinLines(outcomes), false};
-  }
+  if (dryRun) return {joinLines(wouldStopOutcomes(plan)), false};
   const std::vector<Outcome> outcomes = stopRows(plan, scanner.startTimes(), StopMode::polite, label, scanner.tools());
   return {joinLines(outcomes), exitCode(outcomes) != ExitCode::done};
 }

@@ -1,18 +1,8 @@
 #include "stop/outcome.h"
 
-#include <cstdio>
+#include "base/gigabytes.h"
 
 namespace corvane {
-
-namespace {
-
-std::string gigabytes(uint64_t bytes) {
-  char buffer[48];
-  std::snprintf(buffer, sizeof buffer, "%.1f GB", static_cast<double>(bytes) / 1e9);
-  return buffer;
-}
-
-}  // namespace
 
 std::string_view rawValue(Outcome::State state) {
   switch (state) {
@@ -32,6 +22,13 @@ std::string_view rawValue(Outcome::State state) {
 
 Outcome makeOutcome(const Item& item, Outcome::State state, std::optional<std::string> reason) {
   return Outcome{item.id, item.title, item.kind, item.counted ? item.memory : 0, state, std::move(reason)};
+}
+
+std::vector<Outcome> wouldStopOutcomes(const std::vector<Item>& rows) {
+  std::vector<Outcome> outcomes;
+  outcomes.reserve(rows.size());
+  for (const Item& row : rows) outcomes.push_back(makeOutcome(row, Outcome::State::wouldStop));
+  return outcomes;
 }
 
 PolicySplit splitByPolicy(const std::vector<Item>& rows, const Refusal& refusal) {
@@ -59,9 +56,9 @@ std::string outcomeLine(const Outcome& outcome, Audience audience) {
   const std::string& title = outcome.title;
   switch (outcome.state) {
     case Outcome::State::stopped:
-      return "Stopped " + title + " (" + gigabytes(outcome.memory) + ").";
+      return "Stopped " + title + " (" + gigabyteText(outcome.memory) + ").";
     case Outcome::State::wouldStop:
-      return "Would stop " + title + " (" + gigabytes(outcome.memory) + ").";
+      return "Would stop " + title + " (" + gigabyteText(outcome.memory) + ").";
     case Outcome::State::stillRunning:
       if (audience == Audience::commandLine)
         return title + " is still running after 5 s. `corvane stop " + outcome.id + " --force` kills it.";
@@ -82,7 +79,7 @@ std::vector<std::string> outcomeLines(const std::vector<Outcome>& outcomes, Audi
     lines.push_back(outcomeLine(outcome, audience));
     if (outcome.state == Outcome::State::stopped) freed += outcome.memory;
   }
-  if (freed > 0) lines.push_back("Freed " + gigabytes(freed) + ".");
+  if (freed > 0) lines.push_back("Freed " + gigabyteText(freed) + ".");
   return lines;
 }
 

@@ -39,6 +39,8 @@ std::string_view rawValue(Outcome::State state);
 
 // The outcome of `item`: its id, title and kind, and its memory when counted.
 Outcome makeOutcome(const Item& item, Outcome::State state, std::optional<std::string> reason = std::nullopt);
+// A dry run's outcomes: each row would stop.
+std::vector<Outcome> wouldStopOutcomes(const std::vector<Item>& rows);
 
 // Matched rows split by a rule of the policy, both in the rows' order.
 struct PolicySplit {
