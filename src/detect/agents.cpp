@@ -17,7 +17,8 @@ namespace {
 
 std::string_view withoutExtension(std::string_view name) {
   for (const std::string_view extension : {".exe", ".js"})
-    if (name.size() > extension.size() && name.ends_with(extension)) return name.substr(0, name.size() - extension.size());
+    if (name.size() > extension.size() && name.ends_with(extension))
+      return name.substr(0, name.size() - extension.size());
   return name;
 }
 

@@ -88,7 +88,7 @@ TEST(AppPathTest, LinuxInstallsAreAppsRuntimesAndToolsAreNotAgentsByNameScriptOr
        "Cursor Agent"},
       {makeProc(1, 0, "/usr/bin/bun", {"bun", "/usr/lib/node_modules/@openai/codex/bin/codex"}), "Codex"},
       // The runtime's options come before the script; a native program or a script may end in .exe or .js.
-      {makeProc(1, 0, node, {node, "--max-old-space-size=12052", "/usr/lib/node_modules/@google/gemini-cli/bin/gemini"}),
+      {makeProc(1, 0, node, {node, "--max-old-space-size=9", "/usr/lib/node_modules/@google/gemini-cli/bin/gemini"}),
        "Gemini CLI"},
       {makeProc(1, 0, "/usr/lib/node_modules/@anthropic-ai/claude-code/bin/claude.exe"), "Claude Code"},
       // Common names count where the package's path or a runtime's script agrees, nowhere else.

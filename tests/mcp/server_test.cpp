@@ -2,7 +2,9 @@
 // only what it started itself, with stand-ins for Claude Code and Codex that the tests start. Every call
 // that scans takes at least 2 s, so the tests make as few of them as they can; every stop targets a
 // server the test started on its own port, so nothing else on the machine is touched.
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <regex>
 #include <sstream>
 #include <thread>
@@ -177,6 +179,79 @@ TEST_F(McpTest, EachToolForAnAgentThatStopsOnlyWhatItStarted) {
   ASSERT_EQ(entries.size(), 1u);
   EXPECT_EQ(entries[0].title, title);
   EXPECT_EQ(entries[0].reason, "Claude Code via MCP");
+}
+
+// The agents as their packages run them: Gemini CLI's script under real node, relaunched with a bigger heap,
+// with a server its shell started, and Claude Code's native program (the stand-in copied to its path) with a
+// server of its own and this MCP server. Stopping Gemini's server by its port leaves Gemini running; from
+// Claude Code the server of its own is stopped and Gemini's refused.
+TEST_F(McpTest, AgentsInTheShapesTheirPackagesRunKeepTheirSessionsApartFromTheirServers) {
+  const auto which = testing_support::runProgram("/bin/sh", {"-c", "command -v node"});
+  if (which.exitCode != 0) GTEST_SKIP() << "needs node";
+  const std::string node = fs::canonical(which.out.substr(0, which.out.find('\n')));
+  const auto serve = [&](uint16_t port) {
+    return node + " -e \"require('http').createServer((q, s) => s.end()).listen(" + std::to_string(port) +
+           ", '127.0.0.1')\"";
+  };
+  const auto install = [&](const std::string& from, const std::string& package, const std::string& program) {
+    const std::string path = root + "/lib/node_modules/" + package + "/bin/" + program;
+    fs::create_directories(fs::path(path).parent_path());
+    fs::copy_file(from, path);
+    return path;
+  };
+  const uint16_t geminiPort = testing_support::freePort(), claudePort = testing_support::freePort();
+  const std::string gemini = install(CORVANE_FIXTURES "/relaunching_agent.js", "@google/gemini-cli", "gemini");
+  Process geminiAgent(node, {gemini}, {.env = {{"STAND_IN_RUN", serve(geminiPort)}}, .directory = makeProject(),
+                                       .grace = 5});
+
+  const std::string go = root + "/go", requests = root + "/requests", replies = root + "/replies";
+  std::ofstream(requests) << initialize << "\n" << initialized << "\n"
+                          << toolCall(2, "stop", {{"target", std::to_string(claudePort)}}) << "\n"
+                          << toolCall(3, "stop", {{"target", std::to_string(geminiPort)}}) << "\n";
+  const std::string mcp = "while [ ! -e " + go + " ]; do sleep 0.05; done; " + CORVANE_EXE + " mcp < " + requests +
+                          " > " + replies + ".part; mv " + replies + ".part " + replies;
+  const std::string claude = install(CORVANE_STAND_IN, "@anthropic-ai/claude-code", "claude.exe");
+  Process claudeAgent(claude, {}, {.env = {{"STAND_IN_RUN", "exec " + serve(claudePort) + "\n" + mcp}},
+                                   .directory = makeProject(), .grace = 5});
+  ASSERT_TRUE(testing_support::listening(geminiPort));
+  ASSERT_TRUE(testing_support::listening(claudePort));
+
+  // One row a session, and a server row that owns none of the agent's processes.
+  const auto status = testing_support::runCorvane({"status", "--json"});
+  ASSERT_EQ(status.exitCode, 0) << status.err;
+  json geminiRow, geminiServer, claudeRow;
+  for (const json& row : json::parse(status.out)) {
+    if (row["id"] == "agent:" + std::to_string(geminiAgent.pid())) geminiRow = row;
+    if (row["id"] == "agent:" + std::to_string(claudeAgent.pid())) claudeRow = row;
+    if (row["ports"] == json::array({geminiPort})) geminiServer = row;
+  }
+  ASSERT_EQ(geminiRow["title"], "Gemini CLI") << status.out;
+  EXPECT_EQ(claudeRow["title"], "Claude Code") << status.out;
+  const std::vector<int32_t> geminiPids = geminiRow["pids"];
+  ASSERT_EQ(geminiPids.size(), 2u) << geminiRow;  // the script and its relaunch; its shell went to the server
+  EXPECT_EQ(geminiServer["startedBy"], "Gemini CLI") << geminiServer;
+  EXPECT_EQ(geminiServer["agentPID"], geminiAgent.pid());
+  for (const int32_t pid : geminiServer["pids"].get<std::vector<int32_t>>())
+    EXPECT_EQ(std::count(geminiPids.begin(), geminiPids.end(), pid), 0);
+
+  std::ofstream(go).close();
+  for (int i = 0; i < 1200 && !fs::exists(replies); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  std::stringstream lines(testing_support::readFile(replies));
+  std::vector<std::string> texts;
+  for (std::string line; std::getline(lines, line);)
+    if (json::parse(line)["id"] != 1) texts.push_back(toolText(line));
+  ASSERT_EQ(texts.size(), 2u) << lines.str();
+  EXPECT_TRUE(texts[0].starts_with("Stopped Node :" + std::to_string(claudePort))) << texts[0];
+  EXPECT_EQ(texts[1], "error: Left Node :" + std::to_string(geminiPort) +
+                          " alone: started by another agent (Gemini CLI).");
+  EXPECT_FALSE(testing_support::Socket().connect(claudePort));
+
+  const auto stopped = testing_support::runCorvane({"stop", std::to_string(geminiPort)});
+  EXPECT_EQ(stopped.exitCode, 0) << stopped.out << stopped.err;
+  for (int i = 0; i < 100 && testing_support::Socket().connect(geminiPort); ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_FALSE(testing_support::Socket().connect(geminiPort));
+  for (const int32_t pid : geminiPids) EXPECT_FALSE(platform::processGone(pid)) << pid;
 }
 
 }  // namespace
