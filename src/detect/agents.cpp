@@ -1,6 +1,7 @@
 // Coding-agent sessions: how an agent process is recognised, and the row of each session.
 #include "detect/agents.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <unordered_map>
@@ -53,6 +54,10 @@ std::optional<std::string_view> agentDisplayName(const Proc& proc) {
   if (contains(proc.path, "/claude/versions/")) return "Claude Code";
   if (proc.name.starts_with("codex-")) return "Codex";
   return std::nullopt;
+}
+
+bool runsApart(const Proc& agent) {
+  return std::find(agent.args.begin(), agent.args.end(), "--managed-daemon") != agent.args.end();
 }
 
 std::optional<std::string> agentName(const Proc& proc) {

@@ -151,16 +151,17 @@ TEST(LinuxWorkstationTest, Rows) {
 // The agents people install, in the shapes their npm packages run on each system: one row a session
 // however often it relaunches itself, and a server an agent started owns none of the agent.
 TEST(AgentShapesTest, Rows) {
-  for (const auto& [fixture, base, home] : {std::tuple<std::string, int32_t, std::string>{"macos_agents.json", 3000,
-                                                                                          "/Users/ann"},
-                                            {"linux_agents.json", 4000, "/home/dev"}}) {
+  using Case = std::tuple<std::string, int32_t, std::string>;
+  for (const auto& [fixture, base, home] : {Case{"macos_agents.json", 3000, "/Users/ann"},
+                                            Case{"linux_agents.json", 4000, "/home/dev"}}) {
     SCOPED_TRACE(fixture);
     const World world = loadWorld(fixture);
+    const bool mac = base == 3000;
     const auto at = [&](int32_t offset) { return base + offset; };
     const auto agent = [&](int32_t offset, const std::string& folder, const std::string& title, Pids pids,
-                           uint64_t memory) {
-      return Row{"agent:" + std::to_string(at(offset)), "agent:" + home + folder, title, pids, memory, {}, {}, {},
-                 true};
+                           uint64_t memory, std::optional<int32_t> agentPID = std::nullopt) {
+      return Row{"agent:" + std::to_string(at(offset)), "agent:" + home + folder, title, pids, memory, {}, {},
+                 agentPID, true};
     };
     expectRows(world, detect(world), {
         {"server:" + std::to_string(at(3)), "server:" + home + "/web:Vite", "Vite :5173", {at(3), at(4), at(5), at(6)},
@@ -169,9 +170,12 @@ TEST(AgentShapesTest, Rows) {
          204'000'000, {3000}, "Claude Code", at(11)},
         agent(1, "/web", "Gemini CLI", {at(1), at(2)}, 360'000'000),
         agent(11, "/api", "Claude Code", {at(11)}, 400'000'000),
-        // The session, and the daemon that runs apart from it.
-        agent(21, "/tools", "Codex", {at(21), at(22)}, 130'000'000),
-        agent(25, "", "Codex", {at(25), at(26)}, 100'000'000),
+        // The session, and the daemon that outlives it. While the session runs, the daemon's helper is
+        // the session's child, not the daemon's.
+        mac ? agent(21, "/tools", "Codex", {at(21), at(22)}, 130'000'000)
+            : agent(21, "/tools", "Codex", {at(21), at(22), at(26)}, 160'000'000),
+        mac ? agent(25, "/tools", "Codex", {at(25), at(26)}, 100'000'000)
+            : agent(25, "/tools", "Codex", {at(25)}, 70'000'000, at(21)),
         agent(31, "/notes", "opencode", {at(31)}, 150'000'000),
         agent(41, "/shop", "Copilot CLI", {at(41), at(42)}, 225'000'000),
         agent(51, "/docs", "Qwen Code", {at(51), at(52)}, 305'000'000),
