@@ -40,20 +40,11 @@ TEST(CallerTest, FindsTheAgentAboveTheServerUnlessAnAppIsInBetween) {
 // An agent that relaunched itself is one session: the caller is its outermost process, the one its rows
 // name. Another agent, or an application, above it starts a session of its own.
 TEST(CallerTest, NamesTheOutermostProcessOfTheSession) {
-  const std::string node = "/usr/bin/node", gemini = "/usr/lib/node_modules/@google/gemini-cli/bin/gemini";
-  auto run = [](int32_t pid, int32_t ppid, std::vector<std::string> args) {
-    Proc p = proc(pid, ppid, args[0]);
-    p.args = std::move(args);
-    return p;
-  };
-  std::vector<Proc> chain = {proc(30, 20, "/bin/bash"), run(20, 10, {node, "--max-old-space-size=9", gemini}),
-                             run(10, 5, {node, gemini}), proc(5, 1, "/usr/bin/bash")};
-  auto found = caller(chain);
-  ASSERT_TRUE(found);
-  EXPECT_EQ(found->pid, 10);
-  EXPECT_EQ(found->name, "Gemini CLI");
-
-  chain[3] = proc(5, 1, "/Users/ann/.local/bin/codex");
+  const std::string gemini = "/usr/lib/node_modules/@google/gemini-cli/bin/gemini";
+  std::vector<Proc> chain = {proc(30, 20, "/bin/bash"), proc(20, 10, "/usr/bin/node"), proc(10, 5, "/usr/bin/node"),
+                             proc(5, 1, "/Users/ann/.local/bin/codex")};
+  chain[1].args = {"/usr/bin/node", "--max-old-space-size=9", gemini};
+  chain[2].args = {"node", gemini};
   EXPECT_EQ(caller(chain)->pid, 10);
   chain.insert(chain.begin() + 2, proc(15, 10, "/Applications/Cursor.app/Contents/MacOS/Cursor"));
   EXPECT_EQ(caller(chain)->pid, 20);
