@@ -5,7 +5,6 @@
 #include <array>
 #include <string>
 #include <unordered_map>
-#include <unordered_set>
 
 #include "detect/classifiers.h"
 #include "detect/pipeline.h"
@@ -79,17 +78,16 @@ std::vector<int32_t> reserveAgents(Detection& d) {
 }
 
 void addAgents(Detection& d, const std::vector<int32_t>& reserved) {
-  // A session's inner agents go to the row of its outermost process, with whatever they started that has
-  // no row of its own. An inner agent whose outermost process went to an earlier row keeps a row of its own.
+  // A session's inner agents go to the row of its outermost process (an agent, so reserved too), with
+  // whatever they started that has no row of its own. Agents whose ppids make a cycle are each their own.
   std::unordered_map<int32_t, std::vector<int32_t>> members;
   std::vector<int32_t> heads;
-  const std::unordered_set<int32_t> isReserved(reserved.begin(), reserved.end());
   for (const int32_t pid : reserved) {
     const int32_t root = d.sessionOf(*d.proc(pid));
-    if (root != pid && isReserved.count(root)) {
-      members[root].push_back(pid);
-    } else {
+    if (root == pid || d.sessionOf(*d.proc(root)) != root) {
       heads.push_back(pid);
+    } else {
+      members[root].push_back(pid);
     }
   }
   for (const int32_t pid : heads) {

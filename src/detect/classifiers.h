@@ -18,7 +18,7 @@ void addContainers(Detection& d);
 void addKotlinDaemons(Detection& d);
 void addGradleDaemons(Detection& d);
 void addXcodeServices(Detection& d);
-// Keeps agent processes out of the generic classifiers; returns them in pid order.
+// Keeps agent processes out of every other classifier; returns them in pid order.
 std::vector<int32_t> reserveAgents(Detection& d);
 void addBundlers(Detection& d);
 void addDatabases(Detection& d);
