@@ -24,7 +24,9 @@ endif()
 
 file(GLOB CORVANE_SUPPORT_SOURCES ${corvane_glob_flags} "${corvane_root}/tests/support/*.cpp")
 file(GLOB_RECURSE CORVANE_TEST_SOURCES ${corvane_glob_flags} "${corvane_root}/tests/*.cpp")
-list(FILTER CORVANE_TEST_SOURCES EXCLUDE REGEX "/tests/(darwin-syntax|interop|fuzz|support)/")
+list(FILTER CORVANE_TEST_SOURCES EXCLUDE REGEX "/tests/(darwin-syntax|interop|fuzz|support|stand_in)/")
+# A program of its own that tests copy to where an agent's native program is installed.
+set(CORVANE_STAND_IN_SOURCE "${corvane_root}/tests/stand_in/stand_in.cpp")
 if(CORVANE_APPLE)
   list(FILTER CORVANE_TEST_SOURCES EXCLUDE REGEX "/tests/platform/linux/")
 endif()
@@ -37,7 +39,7 @@ endif()
 
 if(CMAKE_SCRIPT_MODE_FILE)
   foreach(source "${corvane_root}/src/main.cpp" ${CORVANE_SOURCES} ${CORVANE_SUPPORT_SOURCES} ${CORVANE_TEST_SOURCES}
-                 ${CORVANE_BENCH_SOURCES})
+                 ${CORVANE_STAND_IN_SOURCE} ${CORVANE_BENCH_SOURCES})
     file(RELATIVE_PATH source "${corvane_root}" "${source}")
     message("${source}")
   endforeach()

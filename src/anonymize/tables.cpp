@@ -1,6 +1,8 @@
 #include "anonymize/tables.h"
 
+#include <string>
 #include <unordered_set>
+#include <vector>
 
 #include "detect/tables.h"
 #include "snapshot/unicode.h"
@@ -19,9 +21,22 @@ constexpr bool allDistinctAndNonEmpty() {
 // A missing entry would leave an empty one at the end of the array rather than fail to compile.
 static_assert(allDistinctAndNonEmpty());
 
+// Agents keep their names with the extensions their packages give them ("claude.exe"), which detection
+// reads too; the set's views point into this list, which is made once and never changes.
+const std::vector<std::string>& agentFileNames() {
+  static const std::vector<std::string> names = [] {
+    std::vector<std::string> list;
+    for (const auto& [process, display] : agentNames)
+      for (const char* extension : {".exe", ".js"}) list.push_back(std::string(process) + extension);
+    return list;
+  }();
+  return names;
+}
+
 std::unordered_set<std::string_view> buildPublicNames() {
   std::unordered_set<std::string_view> names(fixedPublicNames.begin(), fixedPublicNames.end());
   for (const auto& [process, display] : agentNames) names.insert(process);
+  names.insert(agentFileNames().begin(), agentFileNames().end());
   for (const auto& [process, display] : databaseNames) names.insert(process);
   return names;
 }

@@ -11,7 +11,8 @@ inline constexpr std::array<std::string_view, 10> publicPrefixes = {
     "/private/etc/", "/dev/"};
 
 // Path components every developer's machine has: system folders, tool names, well-known folder names.
-// The process names of coding agents and databases are public too (see isPublicName).
+// The process names of coding agents (also ending in ".exe" or ".js") and databases are public too (see
+// isPublicName).
 inline constexpr std::array<std::string_view, 135> fixedPublicNames = {
     "Desktop", "Documents", "Downloads", "dev", "code", "projects", "Projects", "work", "repos", "git", "github",
     "Sites", "workspace", "start", "serve", "server", "test", "watch", "preview", "main", "index", "Users",

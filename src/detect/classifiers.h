@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "detect/agents.h"
 #include "detect/detection.h"
 
 namespace corvane {
@@ -17,7 +18,7 @@ void addContainers(Detection& d);
 void addKotlinDaemons(Detection& d);
 void addGradleDaemons(Detection& d);
 void addXcodeServices(Detection& d);
-// Keeps agent processes out of the generic classifiers; returns them in pid order.
+// Keeps agent processes out of every other classifier; returns them in pid order.
 std::vector<int32_t> reserveAgents(Detection& d);
 void addBundlers(Detection& d);
 void addDatabases(Detection& d);
@@ -28,8 +29,5 @@ void addAgents(Detection& d, const std::vector<int32_t>& reserved);
 // The Docker engine a process is part of by its own path or name ("OrbStack", "Docker Desktop", "Colima",
 // "Docker Engine"); the engines' virtual machines are found through the engine responsible for them.
 std::optional<std::string_view> dockerEngineName(const Proc& p);
-
-// agentName without a copy: the view is of a static table.
-std::optional<std::string_view> agentDisplayName(const Proc& proc);
 
 }  // namespace corvane

@@ -54,8 +54,11 @@ struct Detection {
 
   // The pid at the top of the chain of processes that launched `proc` for the same job.
   int32_t launchRoot(const Proc& proc) const;
-  // The nearest agent or application among the ancestors of `pid`.
+  // The nearest agent or application among the ancestors of `pid`; for an agent, the outermost process
+  // of its session.
   Launcher launcher(int32_t pid);
+  // The outermost process of the session the agent `agent` belongs to.
+  int32_t sessionOf(const Proc& agent) const;
 
  private:
   struct Ancestor {

@@ -47,7 +47,9 @@ Launcher Detection::launcher(int32_t pid) {
       break;
     }
     if (const auto agent = agentDisplayName(*a)) {
-      found = {*agent, a->pid};
+      found = {*agent, sessionOf(*a)};
+      // The next walk that meets this agent is answered without climbing its session again.
+      ancestors_[p] = found;
       break;
     }
     // An application whose bundle has no name is passed over.

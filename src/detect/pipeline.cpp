@@ -30,6 +30,8 @@ World copyInPidOrder(const World& world) {
 
 std::vector<Item> detect(const World& world) {
   Detection d(copyInPidOrder(world));
+  // Held back before any tree is claimed, so that no row but an agent's ever owns an agent's process.
+  const std::vector<int32_t> agents = reserveAgents(d);
   addSimulators(d);
   addSimulatorApps(d);
   addEmulators(d);
@@ -38,7 +40,6 @@ std::vector<Item> detect(const World& world) {
   addKotlinDaemons(d);
   addGradleDaemons(d);
   addXcodeServices(d);
-  const std::vector<int32_t> agents = reserveAgents(d);
   addBundlers(d);
   addDatabases(d);
   addTunnels(d);

@@ -9,12 +9,24 @@ namespace corvane {
 
 using NamePair = std::pair<std::string_view, std::string_view>;
 
-// Process name of a coding agent to its display name.
-inline constexpr std::array<NamePair, 4> agentNames = {{
+// Process name of a coding agent to its display name. Names are looked up without a trailing ".exe" or
+// ".js": npm packages ship native programs as "bin/claude.exe" and scripts as "cli.js".
+inline constexpr std::array<NamePair, 7> agentNames = {{
     {"claude", "Claude Code"},
     {"codex", "Codex"},
+    {"copilot", "Copilot CLI"},
     {"cursor-agent", "Cursor Agent"},
     {"gemini", "Gemini CLI"},
+    {"opencode", "opencode"},
+    {"qwen", "Qwen Code"},
+}};
+
+// Agent names too common to trust alone, to the package folder their native program lies in: such a
+// process is the agent only when its path lies there, or when a runtime runs a script of that name.
+inline constexpr std::array<NamePair, 3> commonAgentNames = {{
+    {"copilot", "/@github/copilot-"},  // the platform's package: @github/copilot-linux-x64, -darwin-arm64, ...
+    {"opencode", "/opencode-ai/"},
+    {"qwen", "/@qwen-code/"},
 }};
 
 // Application bundle name to display name; other bundles show their own name.

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "snapshot/proc.h"
 
@@ -13,8 +14,13 @@ struct Caller {
   std::string name;
 };
 
-// Walks up from `self`; the first application above the server hides any agent further up.
-std::optional<Caller> caller(const Snapshot& snapshot, int32_t self);
+// Of the server's ancestors, nearest first: the nearest agent, reported as the outermost process of its
+// session, so that its pid is the one its rows name. The first application above the server hides any
+// agent further up.
+std::optional<Caller> caller(const std::vector<Proc>& ancestors);
+
+// The ancestors of `self` in `snapshot`, nearest first; a ppid cycle ends them.
+std::vector<Proc> ancestors(const Snapshot& snapshot, int32_t self);
 
 // "<agent> via MCP", or "An agent via MCP" when none was found.
 std::string callerLabel(const std::optional<Caller>& caller);

@@ -20,6 +20,7 @@ constexpr int unsupportedVersion = -32022;
 
 constexpr const char* fallbackVersion = "2025-11-25";
 constexpr const char* versionKey = "io.modelcontextprotocol/protocolVersion";
+constexpr int cacheMilliseconds = 3'600'000;
 
 // The platform's JSON reader refuses nesting deeper than this. Copying and writing a value recurse, so
 // without the limit a line of a hundred thousand "[" would overflow the stack and end the server.
@@ -143,6 +144,11 @@ std::optional<std::string> handle(std::string_view line, const std::string& vers
   if (versioned || method == "server/discover") {
     result["resultType"] = "complete";
     result["_meta"] = {{"io.modelcontextprotocol/serverInfo", serverInfo(version)}};
+    // Both lists are the same for every caller and change only with the program, so any cache may keep them.
+    if (method == "server/discover" || method == "tools/list") {
+      result["ttlMs"] = cacheMilliseconds;
+      result["cacheScope"] = "public";
+    }
   }
   return reply({{"jsonrpc", "2.0"}, {"id", id}, {"result", std::move(result)}});
 }

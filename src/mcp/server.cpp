@@ -18,7 +18,7 @@ namespace corvane::MCP {
 
 int32_t serve() {
   ArgsCache cache;
-  std::optional<Caller> agent = caller(snapshot(cache), static_cast<int32_t>(getpid()));
+  std::optional<Caller> agent = caller(ancestors(snapshot(cache), static_cast<int32_t>(getpid())));
   std::optional<int32_t> agentPID;
   if (agent) agentPID = agent->pid;
 

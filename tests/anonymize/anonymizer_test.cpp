@@ -29,9 +29,10 @@ class RulesTest : public ::testing::Test {
 
 TEST_F(RulesTest, ComponentsWithoutLettersStayPathsLoseHomeAndPrivateFolders) {
   // Letters are those of any script: a dash, an emoji, a currency sign, lone accents and Arabic digits are none.
-  for (const char* kept : {"0f2c3a7e-1b2d-4c5e-8F90-A1B2C3D4E5F6", "2024", "1.2.3", "", ".env", "~",
-                           "Application Support", "claude", "postgres", "2024\xE2\x80\x93" "2025", "\xF0\x9F\x9A\x80",
-                           "100\xE2\x82\xAC", "\xCC\x81\xCC\x81", "\xD9\xA3\xD9\xA4"})
+  for (const char* kept : {"0f2c3a7e-1b2d-4c5e-8F90-A1B2C3D4E5F6", "2024", "1.2.3", "", ".env", "~", "claude.exe",
+                           "opencode.exe", "qwen", "Application Support", "claude", "postgres",
+                           "2024\xE2\x80\x93" "2025", "\xF0\x9F\x9A\x80", "100\xE2\x82\xAC", "\xCC\x81\xCC\x81",
+                           "\xD9\xA3\xD9\xA4"})
     EXPECT_EQ(component(kept), kept);
   EXPECT_TRUE(state.privateNames.empty());
   for (const char* hashed : {"0F2C3A7E-1B2D-4C5E-8F90-A1B2C3D4E5FG", "0F2C3A7E1B2D-4C5E-8F90-A1B2C3D4E5F6a", "a.b1",
@@ -158,6 +159,7 @@ TEST(AnonymizedFixturesTest, NothingPrivateSurvivesAndRowsKeepTheirKinds) {
   // "postgres: ann shop ..."): only names seen as folders are known to be private.
   expectAnonymous("macos_laptop.json", "/Users/ann", {"shop", "api", "mobile", "infra", "blog"});
   expectAnonymous("linux_workstation.json", "/home/dev", {"webapp", "api"});
+  expectAnonymous("macos_agents.json", "/Users/ann", {"web", "api", "tools", "notes", "shop", "docs"});
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Whole machines: every row a realistic snapshot yields and what each row owns.
 #include <algorithm>
 #include <set>
+#include <tuple>
 
 #include <gmock/gmock.h>
 
@@ -28,14 +29,23 @@ struct Row {
   bool guarded = false;
 };
 
-void expectEachProcessInOneRow(const std::vector<Item>& items) {
+// No process in two rows, and none of an agent's in a row that is not an agent's: stopping a server
+// must never stop the agent that started it.
+void expectEachProcessInOneRow(const World& world, const std::vector<Item>& items) {
   std::set<int32_t> owned;
-  for (const auto& item : items)
-    for (const int32_t pid : item.pids) EXPECT_TRUE(owned.insert(pid).second) << pid << " owned twice";
+  for (const auto& item : items) {
+    for (const int32_t pid : item.pids) {
+      EXPECT_TRUE(owned.insert(pid).second) << pid << " owned twice";
+      const auto p = std::find_if(world.snapshot.procs.begin(), world.snapshot.procs.end(),
+                                  [&](const Proc& proc) { return proc.pid == pid; });
+      if (p != world.snapshot.procs.end() && agentName(*p))
+        EXPECT_EQ(item.kind, Item::Kind::agent) << item.id << " owns the agent " << pid;
+    }
+  }
 }
 
-void expectRows(const std::vector<Item>& items, const std::vector<Row>& rows) {
-  expectEachProcessInOneRow(items);
+void expectRows(const World& world, const std::vector<Item>& items, const std::vector<Row>& rows) {
+  expectEachProcessInOneRow(world, items);
   EXPECT_EQ(items.size(), rows.size());
   for (size_t i = 0; i < std::min(items.size(), rows.size()); ++i) {
     const Item* item = &items[i];
@@ -62,7 +72,7 @@ const std::string preview = "3F2E1D0C-BA98-4765-8432-10FEDCBA9876";
 TEST(MacLaptopTest, Rows) {
   World world = loadWorld("macos_laptop.json");
   const auto items = detect(world);
-  expectRows(items, {
+  expectRows(world, items, {
       {"sim:" + phone, "sim:" + phone, "iPhone 16 Pro", {600, 601, 602, 603}, 400'000'000, {8100}},
       {"sim:" + pad, "sim:" + pad, "iPad Air 13-inch (M2)", {610, 611}, 260'000'000, {}},
       {"sim:" + preview, "sim:" + preview, "Xcode Previews · iPhone 16", {620, 621}, 160'000'000, {}},
@@ -123,7 +133,8 @@ TEST(MacLaptopTest, Rows) {
 }
 
 TEST(LinuxWorkstationTest, Rows) {
-  expectRows(detect(loadWorld("linux_workstation.json")), {
+  const World world = loadWorld("linux_workstation.json");
+  expectRows(world, detect(world), {
       // Started from a GNOME Terminal window, like the server and the agent below.
       {"avd:1201", "avd:Pixel_7_API_34", "Pixel 7 API 34", {1201}, 2'600'000'000, {5554, 5555}, "GNOME Terminal"},
       {"docker:Docker Engine", "docker:Docker Engine", "Docker Engine", {1120, 1121}, 120'000'000, {}},
@@ -137,8 +148,44 @@ TEST(LinuxWorkstationTest, Rows) {
   });
 }
 
+// The agents people install, in the shapes their npm packages run on each system: one row a session
+// however often it relaunches itself, and a server an agent started owns none of the agent.
+TEST(AgentShapesTest, Rows) {
+  using Case = std::tuple<std::string, int32_t, std::string>;
+  for (const auto& [fixture, base, home] : {Case{"macos_agents.json", 3000, "/Users/ann"},
+                                            Case{"linux_agents.json", 4000, "/home/dev"}}) {
+    SCOPED_TRACE(fixture);
+    const World world = loadWorld(fixture);
+    const bool mac = base == 3000;
+    const auto at = [&](int32_t offset) { return base + offset; };
+    const auto agent = [&](int32_t offset, const std::string& folder, const std::string& title, Pids pids,
+                           uint64_t memory, std::optional<int32_t> agentPID = std::nullopt) {
+      return Row{"agent:" + std::to_string(at(offset)), "agent:" + home + folder, title, pids, memory, {}, {},
+                 agentPID, true};
+    };
+    expectRows(world, detect(world), {
+        {"server:" + std::to_string(at(3)), "server:" + home + "/web:Vite", "Vite :5173", {at(3), at(4), at(5), at(6)},
+         174'000'000, {5173}, "Gemini CLI", at(1)},
+        {"server:" + std::to_string(at(12)), "server:" + home + "/api:Next.js", "Next.js :3000", {at(12), at(13)},
+         204'000'000, {3000}, "Claude Code", at(11)},
+        agent(1, "/web", "Gemini CLI", {at(1), at(2)}, 360'000'000),
+        agent(11, "/api", "Claude Code", {at(11)}, 400'000'000),
+        // The session, and the daemon that outlives it. While the session runs, the daemon's helper is
+        // the session's child, not the daemon's.
+        mac ? agent(21, "/tools", "Codex", {at(21), at(22)}, 130'000'000)
+            : agent(21, "/tools", "Codex", {at(21), at(22), at(26)}, 160'000'000),
+        mac ? agent(25, "/tools", "Codex", {at(25), at(26)}, 100'000'000)
+            : agent(25, "/tools", "Codex", {at(25)}, 70'000'000, at(21)),
+        agent(31, "/notes", "opencode", {at(31)}, 150'000'000),
+        agent(41, "/shop", "Copilot CLI", {at(41), at(42)}, 225'000'000),
+        agent(51, "/docs", "Qwen Code", {at(51), at(52)}, 305'000'000),
+    });
+  }
+}
+
 TEST(BrokenTreeTest, CyclesMissingParentsAndBlankFieldsStillGiveRows) {
-  const auto items = detect(loadWorld("broken_tree.json"));
+  const World world = loadWorld("broken_tree.json");
+  const auto items = detect(world);
   const auto ring = std::find_if(items.begin(), items.end(),
                                  [](const Item& item) { return item.key == "server:/home/dev/ring:Node"; });
   ASSERT_NE(ring, items.end());
@@ -148,7 +195,9 @@ TEST(BrokenTreeTest, CyclesMissingParentsAndBlankFieldsStillGiveRows) {
   EXPECT_EQ(findItem(items, "gradle:2073")->title, "Gradle daemon");  // the class name is the last argument
   EXPECT_EQ(findItem(items, "gradle:2073")->key, "gradle");
   EXPECT_EQ(findItem(items, "bundler:2076")->title, "flutter run");
-  for (const char* id : {"db:2030", "server:2011", "server:2020", "agent:2050"}) EXPECT_TRUE(findItem(items, id)) << id;
+  // Two agents of one name that parent each other are a row each.
+  for (const char* id : {"db:2030", "server:2011", "server:2020", "agent:2050", "agent:2080", "agent:2081"})
+    EXPECT_TRUE(findItem(items, id)) << id;
   // No UUID, "-avd" last, a VM responsible for itself, a blank listener without a folder: no rows.
   for (const auto& item : items) {
     EXPECT_NE(item.kind, Item::Kind::simulator);
@@ -156,7 +205,7 @@ TEST(BrokenTreeTest, CyclesMissingParentsAndBlankFieldsStillGiveRows) {
     EXPECT_NE(item.kind, Item::Kind::docker);
     EXPECT_NE(item.id, "server:2040");
   }
-  expectEachProcessInOneRow(items);
+  expectEachProcessInOneRow(world, items);
 }
 
 }  // namespace

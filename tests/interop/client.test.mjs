@@ -5,6 +5,7 @@ import path from "node:path";
 import { fileURLToPath } from "node:url";
 import { Client } from "@modelcontextprotocol/sdk/client/index.js";
 import { StdioClientTransport } from "@modelcontextprotocol/sdk/client/stdio.js";
+import { ListToolsResultSchema, ResultSchema } from "@modelcontextprotocol/sdk/types.js";
 
 const here = path.dirname(fileURLToPath(import.meta.url));
 const corvane = process.env.CORVANE_EXE ?? path.join(here, "..", "..", "build", "corvane");
@@ -28,6 +29,18 @@ test("an SDK client initializes, lists the tools and calls them", async () => {
     const bad = await client.callTool({ name: "find_free_port", arguments: { start: 0 } });
     assert.equal(bad.isError, true);
     assert.equal(bad.content[0].text, "Invalid arguments for find_free_port; see its inputSchema.");
+
+    // Asked per request at the newest revision, as Claude Code asks, the lists say how long any cache may
+    // keep them, and still read as the SDK's own results.
+    const params = { _meta: { "io.modelcontextprotocol/protocolVersion": "2026-07-28" } };
+    for (const method of ["server/discover", "tools/list"]) {
+      const result = await client.request({ method, params }, ResultSchema);
+      assert.equal(result.resultType, "complete", method);
+      assert.equal(result.ttlMs, 3600000, method);
+      assert.equal(result.cacheScope, "public", method);
+    }
+    const versioned = await client.request({ method: "tools/list", params }, ListToolsResultSchema);
+    assert.deepEqual(versioned.tools, tools);
   } finally {
     await client.close();
   }

@@ -17,7 +17,7 @@ TEST(CallerTest, FindsTheAgentAboveTheServerUnlessAnAppIsInBetween) {
   Snapshot s;
   s.procs = {proc(100, 1, "/Users/ann/.local/bin/claude"), proc(200, 100, "/bin/zsh"),
              proc(300, 200, "/usr/local/bin/corvane")};
-  auto found = caller(s, 300);
+  auto found = caller(ancestors(s, 300));
   ASSERT_TRUE(found);
   EXPECT_EQ(found->pid, 100);
   EXPECT_EQ(found->name, "Claude Code");
@@ -26,14 +26,28 @@ TEST(CallerTest, FindsTheAgentAboveTheServerUnlessAnAppIsInBetween) {
 
   // An editor application between the server and the agent hides the agent.
   s.procs[1] = proc(200, 100, "/Applications/Cursor.app/Contents/MacOS/Cursor");
-  EXPECT_FALSE(caller(s, 300));
+  EXPECT_FALSE(caller(ancestors(s, 300)));
   // A Python inside a framework bundle is a tool, not an app.
   s.procs[1] = proc(200, 100, "/Library/Frameworks/Python.framework/Versions/3.12/bin/python3");
-  EXPECT_TRUE(caller(s, 300));
+  EXPECT_TRUE(caller(ancestors(s, 300)));
 
-  EXPECT_FALSE(caller(s, 999));                      // not in the snapshot
+  EXPECT_TRUE(ancestors(s, 999).empty());  // not in the snapshot
   s.procs = {proc(300, 400, "/x/corvane"), proc(400, 300, "/bin/sh")};
-  EXPECT_FALSE(caller(s, 300));                      // a ppid cycle ends the walk
+  EXPECT_EQ(ancestors(s, 300).size(), 1u);  // a ppid cycle ends the walk
+  EXPECT_FALSE(caller(ancestors(s, 300)));
+}
+
+// An agent that relaunched itself is one session: the caller is its outermost process, the one its rows
+// name. Another agent, or an application, above it starts a session of its own.
+TEST(CallerTest, NamesTheOutermostProcessOfTheSession) {
+  const std::string gemini = "/usr/lib/node_modules/@google/gemini-cli/bin/gemini";
+  std::vector<Proc> chain = {proc(30, 20, "/bin/bash"), proc(20, 10, "/usr/bin/node"), proc(10, 5, "/usr/bin/node"),
+                             proc(5, 1, "/Users/ann/.local/bin/codex")};
+  chain[1].args = {"/usr/bin/node", "--max-old-space-size=9", gemini};
+  chain[2].args = {"node", gemini};
+  EXPECT_EQ(caller(chain)->pid, 10);
+  chain.insert(chain.begin() + 2, proc(15, 10, "/Applications/Cursor.app/Contents/MacOS/Cursor"));
+  EXPECT_EQ(caller(chain)->pid, 20);
 }
 
 Item item(const std::string& id, uint64_t memory, bool counted = true) {

@@ -118,6 +118,22 @@ TEST(HandlerTest, TheHandshakeVersionIsNegotiatedPerRequestVersionsDecorateOrFai
   EXPECT_EQ(discover["resultType"], "complete");
   EXPECT_EQ(discover["supportedVersions"].size(), 5u);
   EXPECT_TRUE(discover["_meta"].contains("io.modelcontextprotocol/serverInfo"));
+
+  // The lists a client may cache carry how long and for whom, but only where the caller's version has them.
+  const std::string asked = R"({"_meta":{"io.modelcontextprotocol/protocolVersion":"2026-07-28"}})";
+  const std::pair<std::string, bool> cacheable[] = {
+      {R"({"id":5,"method":"server/discover"})", true},
+      {R"({"id":5,"method":"server/discover","params":)" + asked + "}", true},
+      {R"({"id":5,"method":"tools/list","params":)" + asked + "}", true},
+      {R"({"id":5,"method":"tools/list"})", false},
+      {R"({"id":5,"method":"ping","params":)" + asked + "}", false},
+  };
+  for (const auto& [line, hinted] : cacheable) {
+    const json reply = *send(line);
+    const json result = reply.value("result", json::object());
+    EXPECT_EQ(result.value("ttlMs", -1), hinted ? 3'600'000 : -1) << line;
+    EXPECT_EQ(result.value("cacheScope", ""), hinted ? "public" : "") << line;
+  }
 }
 
 // Through the handler a whole number is the target's text and an empty one is refused; here, the rest.

@@ -1,8 +1,10 @@
 // `corvane mcp` through the real executable: requests over pipes, and the rule that an agent may stop
-// only what it started itself, with stand-ins for Claude Code and Codex that the tests start. Every call
+// only what it started itself, with stand-ins for Claude Code and Gemini CLI that the tests start. Every call
 // that scans takes at least 2 s, so the tests make as few of them as they can; every stop targets a
 // server the test started on its own port, so nothing else on the machine is touched.
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <regex>
 #include <sstream>
 #include <thread>
@@ -47,29 +49,19 @@ std::string toolText(const std::string& line) {
 
 // Each test gets its own log and suite, and a login shell that finds no tools at once: a real one may
 // read a slow profile for each of the four tools the server looks up before its first tool call.
-// Coding agents are played by copies of the Python interpreter named like them, running fake_agent.py.
 class McpTest : public testing::Test, protected testing_support::OwnFolders {
  protected:
   void SetUp() override { SKIP_WHERE_USER_FILES_CANNOT_MOVE(); }
 
-  // Starts the agent `name` ("claude", "codex") with the script's arguments.
-  std::unique_ptr<Process> agent(const std::string& name, const std::vector<std::string>& arguments) {
-    const std::string bin = root + "/bin", path = bin + "/" + name;
-    fs::create_directories(bin);
-    if (!fs::exists(path)) fs::copy_file(fs::canonical(python), path);
-    std::vector<std::string> all{CORVANE_FIXTURES "/fake_agent.py"};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    return std::make_unique<Process>(path, all, testing_support::ProcessOptions{.grace = 5});
-  }
-
-  // What the agent printed next, as JSON; null when it printed nothing in time.
-  static json said(Process& agent, double seconds = 10) {
-    const auto line = agent.readLine(seconds);
-    return line ? json::parse(*line, nullptr, false) : json();
+  // Copies `from` to where the npm package `package` installs its program `program`.
+  std::string install(const std::string& from, const std::string& package, const std::string& program) {
+    const std::string path = root + "/lib/node_modules/" + package + "/bin/" + program;
+    fs::create_directories(fs::path(path).parent_path());
+    fs::copy_file(from, path);
+    return path;
   }
 
   testing_support::ScopedEnv shell{"SHELL", testing_support::writeScript(root + "/bin/login-shell", "exit 1\n")};
-  const std::string python = testing_support::systemPython();
 };
 
 // The client goes while tool discovery waits on a slow login shell. The handshake and the requests are
@@ -118,32 +110,65 @@ TEST_F(McpTest, AnswersAsRequestsArriveAndEndsWithItsInputAndTheToolLookup) {
   EXPECT_TRUE(fs::is_empty(tmp));
 }
 
-// Claude Code runs the server with one call of each tool, beside a dev server that Codex started.
+// The agents as their packages run them: Gemini CLI's script under node, relaunched with a bigger heap,
+// with a server its shell started, and Claude Code's native program (the stand-in, copied to its path) with
+// a server of its own and this MCP server, which calls each tool once. Claude Code stops its own server and
+// not Gemini's; the user stops Gemini's by its port, and Gemini goes on running.
 TEST_F(McpTest, EachToolForAnAgentThatStopsOnlyWhatItStarted) {
-  if (python.empty()) GTEST_SKIP() << "needs python3";
-  const uint16_t codexPort = testing_support::freePort(), claudePort = testing_support::freePort();
-  const auto codex = agent("codex", {"--serve", python, std::to_string(codexPort), makeProject()});
-  json codexServer = said(*codex);
-  ASSERT_TRUE(codexServer["server"].is_number()) << codexServer;
+  const auto which = testing_support::runProgram("/bin/sh", {"-c", "command -v node"});
+  if (which.exitCode != 0) GTEST_SKIP() << "needs node";
+  const std::string node = fs::canonical(which.out.substr(0, which.out.find('\n')));
+  const auto serve = [&](uint16_t port) {
+    return node + " -e \"require('http').createServer((q, s) => s.end()).listen(" + std::to_string(port) +
+           ", '127.0.0.1')\"";
+  };
+  const uint16_t geminiPort = testing_support::freePort(), claudePort = testing_support::freePort();
+  const std::string gemini = install(CORVANE_FIXTURES "/relaunching_agent.js", "@google/gemini-cli", "gemini");
+  Process geminiAgent(node, {gemini}, {.env = {{"STAND_IN_RUN", serve(geminiPort)}}, .directory = makeProject(),
+                                       .grace = 5});
+  const std::string go = root + "/go", requests = root + "/requests", answers = root + "/answers";
+  const std::string mcp = "while [ ! -e " + go + " ]; do sleep 0.05; done; " + CORVANE_EXE + " mcp < " + requests +
+                          " > " + answers + ".part 2> " + answers + ".errors && mv " + answers + ".part " + answers;
+  const std::string claude = install(CORVANE_STAND_IN, "@anthropic-ai/claude-code", "claude.exe");
+  Process claudeAgent(claude, {}, {.env = {{"STAND_IN_RUN", "exec " + serve(claudePort) + "\n" + mcp}},
+                                   .directory = makeProject(), .grace = 5});
+  ASSERT_TRUE(testing_support::listening(geminiPort));
+  ASSERT_TRUE(testing_support::listening(claudePort));
 
-  const std::string nothing = fs::path(testing_support::makeTempDir("nothing")).filename();
+  // One row a session, and a server row that owns none of the agent's processes.
+  const auto status = testing_support::runCorvane({"status", "--json"});
+  ASSERT_EQ(status.exitCode, 0) << status.err;
+  json geminiRow, geminiServer, claudeRow;
+  for (const json& row : json::parse(status.out)) {
+    if (row["id"] == "agent:" + std::to_string(geminiAgent.pid())) geminiRow = row;
+    if (row["id"] == "agent:" + std::to_string(claudeAgent.pid())) claudeRow = row;
+    if (row["ports"] == json::array({geminiPort})) geminiServer = row;
+  }
+  ASSERT_EQ(geminiRow["title"], "Gemini CLI") << status.out;
+  EXPECT_EQ(claudeRow["title"], "Claude Code") << status.out;
+  const std::vector<int32_t> geminiPids = geminiRow["pids"];
+  ASSERT_EQ(geminiPids.size(), 2u) << geminiRow;  // the script and its relaunch; its shell went to the server
+  EXPECT_EQ(geminiServer["startedBy"], "Gemini CLI") << geminiServer;
+  EXPECT_EQ(geminiServer["agentPID"], geminiAgent.pid());
+  for (const int32_t pid : geminiServer["pids"].get<std::vector<int32_t>>())
+    EXPECT_EQ(std::count(geminiPids.begin(), geminiPids.end(), pid), 0);
+
   // Its own port as a number: the same call as its decimal text.
-  const auto claude = agent("claude", {"--serve", python, std::to_string(claudePort), makeProject(), "--mcp",
-                                       CORVANE_EXE, initialize, initialized, toolCall(2, "find_free_port"),
-                                       toolCall(3, "list_running"),
-                                       toolCall(4, "free_memory", {{"gb", 0.5}, {"dry_run", true}}),
-                                       toolCall(5, "stop", {{"target", claudePort}}),
-                                       toolCall(6, "stop", {{"target", std::to_string(codexPort)}}),
-                                       toolCall(7, "stop", {{"target", nothing}})});
-  json claudeServer = said(*claude);
-  ASSERT_TRUE(claudeServer["server"].is_number()) << claudeServer;
-  json session = said(*claude, 60);
-  ASSERT_TRUE(session.is_object()) << "no reply from the agent's server";
-  EXPECT_EQ(session["exit"], 0);
-  EXPECT_EQ(session["stderr"], "");
-  ASSERT_EQ(session["replies"].size(), 7u) << session;
+  const std::string nothing = fs::path(testing_support::makeTempDir("nothing")).filename();
+  std::ofstream(requests) << initialize << "\n" << initialized << "\n" << toolCall(2, "find_free_port") << "\n"
+                          << toolCall(3, "list_running") << "\n"
+                          << toolCall(4, "free_memory", {{"gb", 0.5}, {"dry_run", true}}) << "\n"
+                          << toolCall(5, "stop", {{"target", claudePort}}) << "\n"
+                          << toolCall(6, "stop", {{"target", std::to_string(geminiPort)}}) << "\n"
+                          << toolCall(7, "stop", {{"target", nothing}}) << "\n";
+  std::ofstream(go).close();
+  for (int i = 0; i < 1200 && !fs::exists(answers); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_EQ(testing_support::readFile(answers + ".errors"), "");
+  std::stringstream lines(testing_support::readFile(answers));
   std::vector<std::string> replies;  // the tool calls' texts, from id 2 on
-  for (size_t i = 1; i < 7; ++i) replies.push_back(toolText(session["replies"][i].get<std::string>()));
+  for (std::string line; std::getline(lines, line);)
+    if (json::parse(line)["id"] != 1) replies.push_back(toolText(line));
+  ASSERT_EQ(replies.size(), 6u) << lines.str();
 
   std::smatch port;
   ASSERT_TRUE(std::regex_match(replies[0], port, std::regex("Port ([0-9]+) is free\\."))) << replies[0];
@@ -151,13 +176,13 @@ TEST_F(McpTest, EachToolForAnAgentThatStopsOnlyWhatItStarted) {
 
   json running = json::parse(replies[1]), own, others;
   for (auto& row : running.at("rows")) {
-    if (row["id"] == "server:" + std::to_string(claudeServer["server"].get<int32_t>())) own = row;
-    if (row["id"] == "server:" + std::to_string(codexServer["server"].get<int32_t>())) others = row;
+    if (row["ports"] == json::array({claudePort})) own = row;
+    if (row["ports"] == json::array({geminiPort})) others = row;
   }
-  const std::string title = "Python :" + std::to_string(claudePort);
+  const std::string title = "Node :" + std::to_string(claudePort);
   EXPECT_EQ(own["title"], title) << replies[1];
   EXPECT_EQ(own["can_stop"], true);
-  EXPECT_EQ(others["why_not"], "started by another agent (Codex)");
+  EXPECT_EQ(others["why_not"], "started by another agent (Gemini CLI)");
 
   // What can be freed depends on the machine; a dry run only ever says what it would stop.
   if (replies[2] != "Nothing to free: no simulators, emulators or daemons you may stop.") {
@@ -166,17 +191,23 @@ TEST_F(McpTest, EachToolForAnAgentThatStopsOnlyWhatItStarted) {
   }
 
   EXPECT_EQ(replies[3], "Stopped " + title + " (0.0 GB).\nFreed 0.0 GB.");
-  EXPECT_EQ(session["server_running"], false);
-  EXPECT_EQ(replies[4],
-            "error: Left Python :" + std::to_string(codexPort) + " alone: started by another agent (Codex).");
+  EXPECT_FALSE(testing_support::Socket().connect(claudePort));
+  EXPECT_EQ(replies[4], "error: Left Node :" + std::to_string(geminiPort) +
+                            " alone: started by another agent (Gemini CLI).");
   EXPECT_EQ(replies[5], "error: Nothing running matches " + nothing + ". list_running shows ids, ports and projects.");
-  EXPECT_FALSE(platform::processGone(codexServer["server"].get<int32_t>()));
 
   // Only the stop is logged, under the name of the agent that asked for it.
   const auto entries = ActivityLog::standard().read();
   ASSERT_EQ(entries.size(), 1u);
   EXPECT_EQ(entries[0].title, title);
   EXPECT_EQ(entries[0].reason, "Claude Code via MCP");
+
+  const auto stopped = testing_support::runCorvane({"stop", std::to_string(geminiPort)});
+  EXPECT_EQ(stopped.exitCode, 0) << stopped.out << stopped.err;
+  for (int i = 0; i < 100 && testing_support::Socket().connect(geminiPort); ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_FALSE(testing_support::Socket().connect(geminiPort));
+  for (const int32_t pid : geminiPids) EXPECT_FALSE(platform::processGone(pid)) << pid;
 }
 
 }  // namespace

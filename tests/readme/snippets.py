@@ -1,7 +1,9 @@
 """Every configuration snippet of the README parses, and each registers `corvane mcp` under the key its
-program reads (Cursor and Gemini CLI: mcpServers; VS Code: servers; Codex: mcp_servers)."""
+program reads (Cursor and Gemini CLI: mcpServers; VS Code: servers; Codex: mcp_servers); each agent's own
+command registers it for every project."""
 import json
 import re
+import shlex
 import sys
 
 try:
@@ -29,6 +31,15 @@ for language, body in (block for block in blocks if block[0] in parsers):
     if server and "servers" in config and server.get("type") != "stdio":
         failures.append(f"the VS Code snippet lacks \"type\": \"stdio\":\n{body}")
 
+# The agents' own commands register for every project, not only the one they run in.
+commands = re.findall(r"^    ((?:claude|gemini) mcp add .*)$", text, re.M)
+for command in commands:
+    words = shlex.split(command)
+    scope = next((words[i + 1] for i, word in enumerate(words[:-1]) if word in ("-s", "--scope")), None)
+    if scope != "user" or words[-2:] != ["corvane", "mcp"]:
+        failures.append(f"a command does not register `corvane mcp` for every project: {command}")
+if len(commands) < 2:
+    failures.append(f"expected the commands of Claude Code and Gemini CLI, found {commands}")
 if seen["json"] < 3 or seen["toml"] < 1:
     failures.append(f"expected 3 JSON snippets and 1 TOML snippet, found {seen}")
 for failure in failures:
