@@ -5,9 +5,11 @@
 #include <gtest/gtest.h>
 
 #include "platform/child_process.h"
+#include "platform/interrupts.h"
 #include "platform/process_table.h"
 #include "tools/tools.h"
 #include "support/fake_programs.h"
+#include "support/process.h"
 
 namespace corvane {
 namespace {
@@ -88,6 +90,27 @@ TEST(RunTest, StubbornProgramKilledAfterTheGraceDetachedOneLeavesNoZombie) {
   for (int i = 0; i < 200 && !gone; ++i, std::this_thread::sleep_for(std::chrono::milliseconds(10)))
     gone = kill(std::stoi(pid), 0) != 0;
   EXPECT_TRUE(gone);
+}
+
+// A second Ctrl-C while a stop holds the first ends the program at once, and the programs it runs,
+// however they take SIGTERM, with it.
+TEST(RunTest, ASecondInterruptEndsTheProgramAndItsRunsAtOnce) {
+  const std::string dir = testing_support::makeTempDir("interrupted");
+  const std::string stubborn = writeScript(
+      dir + "/stubborn", "trap '' TERM\necho $$ > \"$1\".part && mv \"$1\".part \"$1\"\nwhile :; do sleep 1; done\n");
+  testing_support::Process program([&] {
+    platform::catchInterrupts();
+    const platform::InterruptHold stopping;
+    std::thread([&] { platform::runCapturingOutput(stubborn, {dir + "/pid"}, dir + "/out", 60, 60); }).detach();
+    while (!std::filesystem::exists(dir + "/pid")) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    raise(SIGINT);
+    raise(SIGINT);
+    std::this_thread::sleep_for(std::chrono::seconds(60));
+  });
+  EXPECT_EQ(program.waitExit(), 130);
+  const std::string pid = testing_support::readFile(dir + "/pid");
+  ASSERT_FALSE(pid.empty());
+  EXPECT_TRUE(goneSoon(std::stoi(pid)));
 }
 
 }  // namespace
