@@ -1,6 +1,7 @@
 #include "cli/arguments.h"
 #include "cli/commands.h"
 #include "base/exit_codes.h"
+#include "platform/interrupts.h"
 #include "platform/output.h"
 #include "cli/usage.h"
 
@@ -8,8 +9,9 @@
 
 namespace corvane {
 
-int32_t runMain(const std::vector<std::string>& arguments) {
-  Invocation invocation = parseArguments(arguments);
+namespace {
+
+int32_t dispatch(const Invocation& invocation) {
   switch (invocation.action) {
     case Invocation::Action::help:
       platform::writeOut(std::string(usageText) + "\n");
@@ -30,6 +32,15 @@ int32_t runMain(const std::vector<std::string>& arguments) {
       return mcpCommand();
   }
   return ExitCode::usage;
+}
+
+}  // namespace
+
+int32_t runMain(const std::vector<std::string>& arguments) {
+  platform::catchInterrupts();
+  const int32_t code = dispatch(parseArguments(arguments));
+  // An interrupted stop has finished and been recorded; the exit tells the caller it was cut short.
+  return platform::interruptExitCode().value_or(code);
 }
 
 }  // namespace corvane

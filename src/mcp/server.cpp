@@ -1,11 +1,12 @@
 #include "mcp/server.h"
 
 #include <future>
-#include <iostream>
 #include <memory>
 #include <thread>
 #include <unistd.h>
 
+#include "platform/input.h"
+#include "platform/interrupts.h"
 #include "platform/output.h"
 #include "base/exit_codes.h"
 #include "mcp/caller.h"
@@ -31,13 +32,17 @@ int32_t serve() {
 
   const std::string label = callerLabel(agent);
   const std::string version = platform::serverVersion();
-  Runner runner = [&](const Call& call) { return callTool(call, *scanner.get(), agentPID, label); };
+  const ScannerWhenReady ready = [&]() -> Scanner& { return *scanner.get(); };
+  Runner runner = [&](const Call& call) { return callTool(call, ready, agentPID, label); };
 
-  std::string line;
-  while (std::getline(std::cin, line)) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    if (line.empty()) continue;
-    if (auto reply = handle(line, version, runner)) platform::writeOut(*reply + "\n");
+  platform::InputLines input;
+  // An interrupted stop call is answered and recorded; then the server ends as the command does.
+  while (!platform::interrupted()) {
+    std::optional<std::string> line = input.next();
+    if (!line) break;
+    if (!line->empty() && line->back() == '\r') line->pop_back();
+    if (line->empty()) continue;
+    if (auto reply = handle(*line, version, runner)) platform::writeOut(*reply + "\n");
   }
   platform::closeDefaults();
   return ExitCode::done;

@@ -59,14 +59,15 @@ Reply findFreePort(uint16_t start) {
 
 }  // namespace
 
-Reply callTool(const Call& call, Scanner& scanner, std::optional<int32_t> agentPID, const std::string& label) {
+Reply callTool(const Call& call, const ScannerWhenReady& scanner, std::optional<int32_t> agentPID,
+               const std::string& label) {
   switch (call.kind) {
     case Call::Kind::listRunning:
-      return {listRunningText(scanRows(scanner, agentPID), Memory::pressure()), false};
+      return {listRunningText(scanRows(scanner(), agentPID), Memory::pressure()), false};
     case Call::Kind::stop:
-      return stop(call.target, scanner, agentPID, label);
+      return stop(call.target, scanner(), agentPID, label);
     case Call::Kind::freeMemory:
-      return freeMemory(call.gb, call.dryRun, scanner, agentPID, label);
+      return freeMemory(call.gb, call.dryRun, scanner(), agentPID, label);
     case Call::Kind::findFreePort:
       return findFreePort(call.start);
   }

@@ -30,6 +30,11 @@ std::optional<ChildOutput> runCapturingOutput(const std::string& path, const std
 // removed as soon as the programs have them open, so none is left behind either.
 void endRunsInFlight();
 
+// For an interrupted stop: the runs in flight, and what they started, get SIGTERM, and no new run
+// starts (each gives nothing at once); `killRunsInFlight` then ends those still running.
+void interruptRunsInFlight();
+void killRunsInFlight();
+
 // Starts `path` in a session of its own with all three standard streams on /dev/null and returns at
 // once; its end is collected in the background, so it never lingers as a zombie. False when it could
 // not be started.

@@ -2,6 +2,7 @@
 #include <chrono>
 #include <thread>
 
+#include "platform/interrupts.h"
 #include "platform/process_table.h"
 #include "platform/signals.h"
 #include "stop/stopper.h"
@@ -53,7 +54,7 @@ bool waitGone(const std::vector<platform::ScannedProcess>& processes, double sec
     // A process found gone is not asked about again: by the next check its pid may name a new one.
     std::erase_if(left, [](const platform::ScannedProcess& process) { return platform::processGone(process); });
     if (left.empty()) return true;
-    if (std::chrono::steady_clock::now() > deadline) return false;
+    if (std::chrono::steady_clock::now() > deadline || platform::interrupted()) return false;
     std::this_thread::sleep_for(pollInterval);
   }
 }

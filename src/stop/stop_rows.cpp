@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "activity/activity_log.h"
+#include "platform/interrupts.h"
 #include "stop/stopper.h"
 
 namespace corvane {
@@ -35,6 +36,8 @@ Outcome outcomeOf(const Item& row, const Stopper::Result& result) {
 
 std::vector<Outcome> stopRows(const std::vector<Item>& rows, const StartTimes& started, StopMode mode,
                               const std::string& reason, const Tools& tools) {
+  // Interrupted, the stops end their waits early and what did stop is still recorded below.
+  const platform::InterruptHold hold;
   std::mutex mutex;
   std::vector<Finished> finished;
   finished.reserve(rows.size());

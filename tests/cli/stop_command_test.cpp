@@ -3,7 +3,9 @@
 // rows a scan finds and how the report lays them out are the detection's and the report's; which rows
 // each rule refuses is the policy's table. This proves the commands put them together, and that stop
 // picks the rule by how the row was named.
+#include <csignal>
 #include <filesystem>
+#include <thread>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -42,6 +44,27 @@ class StopCommandTest : public testing::Test, protected testing_support::OwnFold
 };
 
 bool gone(const Process& process) { return platform::processGone(process.pid()); }
+
+// A server in the test's project that listens on each port given after its first argument and, on
+// SIGTERM, exits that many seconds later, or never.
+std::unique_ptr<Process> slowServer(const std::string& python, const std::string& directory, const std::string& delay,
+                                    const std::vector<uint16_t>& ports) {
+  const std::string code = R"(import signal, socket, sys, time
+def on_term(number, frame):
+    time.sleep(float(sys.argv[1]))
+    sys.exit(0)
+signal.signal(signal.SIGTERM, signal.SIG_IGN if sys.argv[1] == "never" else on_term)
+listeners = [socket.create_server(("127.0.0.1", int(port))) for port in sys.argv[2:]]
+while True:
+    time.sleep(60)
+)";
+  std::vector<std::string> arguments{"-c", code, delay};
+  for (const uint16_t port : ports) arguments.push_back(std::to_string(port));
+  fs::create_directories(directory);
+  auto server = std::make_unique<Process>(python, arguments, testing_support::ProcessOptions{.directory = directory});
+  for (const uint16_t port : ports) EXPECT_TRUE(testing_support::listening(port));
+  return server;
+}
 
 TEST_F(StopCommandTest, StatusThenStopByProjectPortIdOrNothingWithAPinnedRow) {
   const std::string project = makeProject();
@@ -106,6 +129,39 @@ TEST_F(StopCommandTest, StatusThenStopByProjectPortIdOrNothingWithAPinnedRow) {
   ASSERT_EQ(entries.size(), 2u);
   EXPECT_EQ(entries[0].title, webTitle);
   EXPECT_EQ(entries[0].reason, "corvane stop");
+}
+
+// A row is named by any of its ports, and one that takes a while to go on SIGTERM is waited for.
+TEST_F(StopCommandTest, ByItsSecondPortARowThatTakesItsTimeToGo) {
+  const uint16_t one = testing_support::freePort(), other = testing_support::freePort();
+  const uint16_t first = std::min(one, other), second = std::max(one, other);
+  const auto server = slowServer(python, makeProject() + "/api", "1.5", {first, second});
+  const auto stopped = runCorvane({"stop", std::to_string(second)});
+  EXPECT_EQ(stopped.exitCode, 0) << stopped.out << stopped.err;
+  EXPECT_EQ(stopped.out, "Stopped Python :" + std::to_string(first) + " (0.0 GB).\nFreed 0.0 GB.\n");
+  EXPECT_TRUE(gone(*server));
+}
+
+// Interrupted while it waits for a row that ignores SIGTERM, stop still records the row that did stop,
+// and exits as a shell reports the signal.
+TEST_F(StopCommandTest, InterruptedWhileWaitingRecordsWhatStopped) {
+  const std::pair<int, int> signals[] = {{SIGINT, 130}, {SIGTERM, 143}};
+  for (size_t i = 0; i < std::size(signals); ++i) {
+    const auto [signal, exitCode] = signals[i];
+    const std::string project = makeProject();
+    const uint16_t webPort = testing_support::freePort(), stubbornPort = testing_support::freePort();
+    const auto web = httpServer(webPort, project + "/web");
+    const auto stubborn = slowServer(python, project + "/api", "never", {stubbornPort});
+    Process stop(CORVANE_EXE, {"stop", fs::path(project).filename()}, {.captureErrors = true});
+    for (int wait = 0; wait < 500 && !gone(*web); ++wait) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    ASSERT_TRUE(gone(*web));
+    ASSERT_EQ(kill(stop.pid(), signal), 0);
+    EXPECT_EQ(stop.waitExit(4), exitCode) << signal;
+    EXPECT_FALSE(gone(*stubborn));
+    const auto entries = ActivityLog::standard().read();
+    ASSERT_EQ(entries.size(), i + 1) << signal;
+    EXPECT_EQ(entries.back().title, "Python :" + std::to_string(webPort));
+  }
 }
 
 }  // namespace

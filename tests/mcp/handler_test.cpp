@@ -148,7 +148,8 @@ TEST(ToolsTest, ParseArguments) {
 
   EXPECT_EQ(parse("stop", args(R"({"target":"8080","extra":1})"))->target, "8080");
   EXPECT_DOUBLE_EQ(parse("free_memory", args(R"({"gb":1023.9})"))->gb, 1023.9);
-  EXPECT_FALSE(parse("free_memory", args(R"({"gb":2,"dry_run":"yes"})"))->dryRun);
+  for (const char* forReal : {R"({"gb":2,"dry_run":"yes"})", R"({"gb":2,"dry_run":false})", R"({"gb":2})"})
+    EXPECT_FALSE(parse("free_memory", args(forReal))->dryRun) << forReal;
   EXPECT_TRUE(parse("free_memory", args(R"({"gb":2,"dry_run":true})"))->dryRun);
 
   EXPECT_EQ(parse("find_free_port", args("{}"))->start, 3000);

@@ -13,6 +13,7 @@
 #include <nlohmann/json.hpp>
 
 #include "activity/activity_log.h"
+#include "platform/defaults.h"
 #include "platform/process_table.h"
 #include "support/process.h"
 #include "support/fake_programs.h"
@@ -62,19 +63,24 @@ class McpTest : public testing::Test, protected testing_support::OwnFolders {
   }
 
   testing_support::ScopedEnv shell{"SHELL", testing_support::writeScript(root + "/bin/login-shell", "exit 1\n")};
+  const std::string python = testing_support::systemPython();
 };
 
-// The client goes while tool discovery waits on a slow login shell. The handshake and the requests are
-// answered without waiting for it; the shell, and what it started, end with the server, and no output
-// file stays behind.
+// The client hands over a non-blocking input, and goes while tool discovery waits on a slow login shell.
+// The handshake and the requests that need no tools are answered without waiting for it; the shell, and
+// what it started, end with the server, and no output file stays behind.
 TEST_F(McpTest, AnswersAsRequestsArriveAndEndsWithItsInputAndTheToolLookup) {
+  if (python.empty()) GTEST_SKIP() << "needs python3";
   const std::string tmp = root + "/tmp", pids = root + "/pids";
   fs::create_directories(tmp);
   testing_support::ScopedEnv tmpdir("TMPDIR", tmp);
   const std::string slow =
       "sleep 30 &\necho \"$$ $!\" > " + pids + ".part && mv " + pids + ".part " + pids + "\nwait\n";
   testing_support::ScopedEnv slowShell("SHELL", testing_support::writeScript(root + "/bin/slow-shell", slow));
-  Process server(CORVANE_EXE, {"mcp"}, {.captureErrors = true});
+  const std::string nonBlocking = "import fcntl, os, sys\n"
+                                  "fcntl.fcntl(0, fcntl.F_SETFL, fcntl.fcntl(0, fcntl.F_GETFL) | os.O_NONBLOCK)\n"
+                                  "os.execv(sys.argv[1], sys.argv[1:])\n";
+  Process server(python, {"-c", nonBlocking, CORVANE_EXE, "mcp"}, {.captureErrors = true});
   ASSERT_GT(server.pid(), 0);
   for (int i = 0; i < 200 && !fs::exists(pids); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(50));
   std::istringstream started(testing_support::readFile(pids));
@@ -94,9 +100,19 @@ TEST_F(McpTest, AnswersAsRequestsArriveAndEndsWithItsInputAndTheToolLookup) {
   EXPECT_EQ(result["serverInfo"], (json{{"name", "corvane"}, {"version", CORVANE_VERSION}}));
 #endif
 
-  // The notification and the blank lines get nothing; the last request has no newline after it, and
-  // its reply is written before the exit. The tools are listed by the handler's tests and called below.
   ASSERT_TRUE(server.writeLine(initialized));
+  ASSERT_TRUE(server.writeLine(toolCall(2, "find_free_port")));
+  const auto port = server.readLine();
+  ASSERT_TRUE(port);
+  EXPECT_TRUE(toolText(*port).starts_with("Port ")) << *port;
+  ASSERT_TRUE(server.writeLine(request(3, "tools/list")));
+  const auto tools = server.readLine();
+  ASSERT_TRUE(tools);
+  EXPECT_EQ(json::parse(*tools)["result"]["tools"].size(), 4u);
+  EXPECT_FALSE(platform::processGone(shellPid));  // the first lookup still waits
+
+  // The blank lines get nothing; the last request has no newline after it, and its reply is written
+  // before the exit. The tools are listed by the handler's tests and called below.
   ASSERT_TRUE(server.writeAll("\n\r\n" R"({"id":9,"method":"ping"})"));
   server.closeInput();
   EXPECT_EQ(server.readToEnd(), "{\"id\":9,\"jsonrpc\":\"2.0\",\"result\":{}}\n");
@@ -112,17 +128,27 @@ TEST_F(McpTest, AnswersAsRequestsArriveAndEndsWithItsInputAndTheToolLookup) {
 
 // The agents as their packages run them: Gemini CLI's script under node, relaunched with a bigger heap,
 // with a server its shell started, and Claude Code's native program (the stand-in, copied to its path) with
-// a server of its own and this MCP server, which calls each tool once. Claude Code stops its own server and
-// not Gemini's; the user stops Gemini's by its port, and Gemini goes on running.
+// a server of its own, two Gradle daemons (one pinned) and this MCP server, which calls each tool once.
+// Claude Code stops its own server politely and neither Gemini's nor the pinned daemon; the user stops
+// Gemini's by its port, and Gemini goes on running.
 TEST_F(McpTest, EachToolForAnAgentThatStopsOnlyWhatItStarted) {
   const auto which = testing_support::runProgram("/bin/sh", {"-c", "command -v node"});
-  if (which.exitCode != 0) GTEST_SKIP() << "needs node";
+  if (which.exitCode != 0 || python.empty()) GTEST_SKIP() << "needs node and python3";
   const std::string node = fs::canonical(which.out.substr(0, which.out.find('\n')));
+  // A server writes down the SIGTERM it receives, in its folder, before it goes.
   const auto serve = [&](uint16_t port) {
-    return node + " -e \"require('http').createServer((q, s) => s.end()).listen(" + std::to_string(port) +
+    return node + " -e \"process.on('SIGTERM', () => { require('fs').appendFileSync('.signals', 'TERM\\n'); " +
+           "process.exit(0); }); require('http').createServer((q, s) => s.end()).listen(" + std::to_string(port) +
            ", '127.0.0.1')\"";
   };
+  const auto daemon = [&](uint16_t port, const std::string& version) {
+    return "exec " + python + " -c 'import socket, sys, time; l = socket.socket(); " +
+           "l.bind((\"127.0.0.1\", int(sys.argv[1]))); l.listen(); time.sleep(600)' " + std::to_string(port) +
+           " org.gradle.launcher.daemon.bootstrap.GradleDaemon " + version;
+  };
+  ASSERT_TRUE(platform::DefaultsStore::appSuite().writeDictionary("pins", {{"gradle 0.0-pinned", std::string()}}));
   const uint16_t geminiPort = testing_support::freePort(), claudePort = testing_support::freePort();
+  const uint16_t pinnedPort = testing_support::freePort(), unpinnedPort = testing_support::freePort();
   const std::string gemini = install(CORVANE_FIXTURES "/relaunching_agent.js", "@google/gemini-cli", "gemini");
   Process geminiAgent(node, {gemini}, {.env = {{"STAND_IN_RUN", serve(geminiPort)}}, .directory = makeProject(),
                                        .grace = 5});
@@ -130,10 +156,13 @@ TEST_F(McpTest, EachToolForAnAgentThatStopsOnlyWhatItStarted) {
   const std::string mcp = "while [ ! -e " + go + " ]; do sleep 0.05; done; " + CORVANE_EXE + " mcp < " + requests +
                           " > " + answers + ".part 2> " + answers + ".errors && mv " + answers + ".part " + answers;
   const std::string claude = install(CORVANE_STAND_IN, "@anthropic-ai/claude-code", "claude.exe");
-  Process claudeAgent(claude, {}, {.env = {{"STAND_IN_RUN", "exec " + serve(claudePort) + "\n" + mcp}},
-                                   .directory = makeProject(), .grace = 5});
-  ASSERT_TRUE(testing_support::listening(geminiPort));
-  ASSERT_TRUE(testing_support::listening(claudePort));
+  const std::string claudeProject = makeProject();
+  Process claudeAgent(claude, {},
+                      {.env = {{"STAND_IN_RUN", "exec " + serve(claudePort) + "\n" + daemon(pinnedPort, "0.0-pinned") +
+                                                    "\n" + daemon(unpinnedPort, "0.0-unpinned") + "\n" + mcp}},
+                       .directory = claudeProject, .grace = 5});
+  for (const uint16_t port : {geminiPort, claudePort, pinnedPort, unpinnedPort})
+    ASSERT_TRUE(testing_support::listening(port)) << port;
 
   // One row a session, and a server row that owns none of the agent's processes.
   const auto status = testing_support::runCorvane({"status", "--json"});
@@ -157,10 +186,11 @@ TEST_F(McpTest, EachToolForAnAgentThatStopsOnlyWhatItStarted) {
   const std::string nothing = fs::path(testing_support::makeTempDir("nothing")).filename();
   std::ofstream(requests) << initialize << "\n" << initialized << "\n" << toolCall(2, "find_free_port") << "\n"
                           << toolCall(3, "list_running") << "\n"
-                          << toolCall(4, "free_memory", {{"gb", 0.5}, {"dry_run", true}}) << "\n"
+                          << toolCall(4, "free_memory", {{"gb", 1000}, {"dry_run", true}}) << "\n"
                           << toolCall(5, "stop", {{"target", claudePort}}) << "\n"
                           << toolCall(6, "stop", {{"target", std::to_string(geminiPort)}}) << "\n"
-                          << toolCall(7, "stop", {{"target", nothing}}) << "\n";
+                          << toolCall(7, "stop", {{"target", nothing}}) << "\n"
+                          << toolCall(8, "stop", {{"target", std::to_string(pinnedPort)}}) << "\n";
   std::ofstream(go).close();
   for (int i = 0; i < 1200 && !fs::exists(answers); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(50));
   EXPECT_EQ(testing_support::readFile(answers + ".errors"), "");
@@ -168,7 +198,7 @@ TEST_F(McpTest, EachToolForAnAgentThatStopsOnlyWhatItStarted) {
   std::vector<std::string> replies;  // the tool calls' texts, from id 2 on
   for (std::string line; std::getline(lines, line);)
     if (json::parse(line)["id"] != 1) replies.push_back(toolText(line));
-  ASSERT_EQ(replies.size(), 6u) << lines.str();
+  ASSERT_EQ(replies.size(), 7u) << lines.str();
 
   std::smatch port;
   ASSERT_TRUE(std::regex_match(replies[0], port, std::regex("Port ([0-9]+) is free\\."))) << replies[0];
@@ -184,17 +214,21 @@ TEST_F(McpTest, EachToolForAnAgentThatStopsOnlyWhatItStarted) {
   EXPECT_EQ(own["can_stop"], true);
   EXPECT_EQ(others["why_not"], "started by another agent (Gemini CLI)");
 
-  // What can be freed depends on the machine; a dry run only ever says what it would stop.
-  if (replies[2] != "Nothing to free: no simulators, emulators or daemons you may stop.") {
-    std::stringstream planned(replies[2]);
-    for (std::string line; std::getline(planned, line);) EXPECT_TRUE(line.starts_with("Would stop ")) << replies[2];
-  }
+  // What else can be freed depends on the machine; a dry run only ever says what it would stop.
+  std::stringstream planned(replies[2]);
+  for (std::string line; std::getline(planned, line);) EXPECT_TRUE(line.starts_with("Would stop ")) << replies[2];
+  EXPECT_NE(replies[2].find("Would stop Gradle daemon 0.0-unpinned (0.0 GB)."), std::string::npos) << replies[2];
+  EXPECT_EQ(replies[2].find("0.0-pinned"), std::string::npos) << replies[2];
 
+  // An agent never forces: its server was asked to go.
   EXPECT_EQ(replies[3], "Stopped " + title + " (0.0 GB).\nFreed 0.0 GB.");
+  EXPECT_EQ(testing_support::readFile(claudeProject + "/.signals"), "TERM\n");
   EXPECT_FALSE(testing_support::Socket().connect(claudePort));
   EXPECT_EQ(replies[4], "error: Left Node :" + std::to_string(geminiPort) +
                             " alone: started by another agent (Gemini CLI).");
   EXPECT_EQ(replies[5], "error: Nothing running matches " + nothing + ". list_running shows ids, ports and projects.");
+  EXPECT_EQ(replies[6], "error: Left Gradle daemon 0.0-pinned alone: pinned.");
+  EXPECT_TRUE(testing_support::Socket().connect(geminiPort));
 
   // Only the stop is logged, under the name of the agent that asked for it.
   const auto entries = ActivityLog::standard().read();

@@ -5,8 +5,11 @@
 #include <gtest/gtest.h>
 
 #include "platform/child_process.h"
+#include "platform/interrupts.h"
+#include "platform/process_table.h"
 #include "tools/tools.h"
 #include "support/fake_programs.h"
+#include "support/process.h"
 
 namespace corvane {
 namespace {
@@ -51,7 +54,14 @@ TEST(RunTest, StatusAndStandardOutputOrNothing) {
   EXPECT_FALSE(run(writeScript(dir + "/ok", "exit 0\n"), {}, 1));
 }
 
-// A program ignoring SIGTERM is killed after the grace; a detached one runs and leaves no zombie.
+bool goneSoon(pid_t pid) {
+  for (int i = 0; i < 200 && !platform::processGone(pid); ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  return platform::processGone(pid);
+}
+
+// A program ignoring SIGTERM is killed after the grace, and what a timed-out program left in the
+// background goes with it, whether it minds SIGTERM or not; a detached one runs and leaves no zombie.
 TEST(RunTest, StubbornProgramKilledAfterTheGraceDetachedOneLeavesNoZombie) {
   const std::string dir = testing_support::makeTempDir("child");
   const std::string script = writeScript(dir + "/stubborn", "trap '' TERM\nwhile :; do sleep 0.05; done\n");
@@ -59,6 +69,15 @@ TEST(RunTest, StubbornProgramKilledAfterTheGraceDetachedOneLeavesNoZombie) {
   EXPECT_FALSE(platform::runCapturingOutput(script, {}, dir + "/out", 0.2, 0.3));
   EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(3));
   EXPECT_FALSE(std::filesystem::exists(dir + "/out"));
+  for (const std::string background : {"sleep 30", "sh -c \"trap '' TERM; exec sleep 30\""}) {
+    const std::string shell =
+        writeScript(dir + "/shell", background + " &\necho $! > \"$1\".part && mv \"$1\".part \"$1\"\nwait\n");
+    EXPECT_FALSE(platform::runCapturingOutput(shell, {dir + "/bg"}, dir + "/out", 0.3, 2));
+    const std::string pid = testing_support::readFile(dir + "/bg");
+    ASSERT_FALSE(pid.empty()) << background;
+    EXPECT_TRUE(goneSoon(std::stoi(pid))) << background;
+    std::filesystem::remove(dir + "/bg");
+  }
 
   ASSERT_TRUE(launchDetached(writeScript(dir + "/bg", "echo $$ > \"$1\"\n"), {dir + "/pid"}));
   EXPECT_FALSE(launchDetached(dir + "/missing", {}));
@@ -71,6 +90,27 @@ TEST(RunTest, StubbornProgramKilledAfterTheGraceDetachedOneLeavesNoZombie) {
   for (int i = 0; i < 200 && !gone; ++i, std::this_thread::sleep_for(std::chrono::milliseconds(10)))
     gone = kill(std::stoi(pid), 0) != 0;
   EXPECT_TRUE(gone);
+}
+
+// A second Ctrl-C while a stop holds the first ends the program at once, and the programs it runs,
+// however they take SIGTERM, with it.
+TEST(RunTest, ASecondInterruptEndsTheProgramAndItsRunsAtOnce) {
+  const std::string dir = testing_support::makeTempDir("interrupted");
+  const std::string stubborn = writeScript(
+      dir + "/stubborn", "trap '' TERM\necho $$ > \"$1\".part && mv \"$1\".part \"$1\"\nwhile :; do sleep 1; done\n");
+  testing_support::Process program([&] {
+    platform::catchInterrupts();
+    const platform::InterruptHold stopping;
+    std::thread([&] { platform::runCapturingOutput(stubborn, {dir + "/pid"}, dir + "/out", 60, 60); }).detach();
+    while (!std::filesystem::exists(dir + "/pid")) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    raise(SIGINT);
+    raise(SIGINT);
+    std::this_thread::sleep_for(std::chrono::seconds(60));
+  });
+  EXPECT_EQ(program.waitExit(), 130);
+  const std::string pid = testing_support::readFile(dir + "/pid");
+  ASSERT_FALSE(pid.empty());
+  EXPECT_TRUE(goneSoon(std::stoi(pid)));
 }
 
 }  // namespace

@@ -32,7 +32,8 @@ using Clock = std::chrono::steady_clock;
 struct RunsInFlight {
   std::mutex mutex;
   std::set<pid_t> pids;
-  bool ended = false;  // the program is exiting: no run starts, and none returns to its caller
+  bool ended = false;        // the program is exiting: no run starts, and none returns to its caller
+  bool interrupted = false;  // no run starts; those in flight return as if timed out
 };
 
 // Never destroyed: threads of runs may still use it while the program exits.
@@ -46,10 +47,18 @@ RunsInFlight& runsInFlight() {
 }
 
 // A run and whatever it started, such as the commands of a login shell's startup files: each run
-// leads a process group of its own.
-void killRun(pid_t pid) {
-  kill(-pid, SIGKILL);
-  kill(pid, SIGKILL);
+// leads a process group of its own. While the leader is not collected its pid names the group, even
+// after the leader has exited, so the group can't be another's.
+void signalRun(pid_t pid, int signal) {
+  kill(-pid, signal);
+  kill(pid, signal);
+}
+
+void killRun(pid_t pid) { signalRun(pid, SIGKILL); }
+
+// The caller holds the runs' mutex.
+void signalEveryRun(const RunsInFlight& runs, int signal) {
+  for (const pid_t pid : runs.pids) signalRun(pid, signal);
 }
 
 // Once the program exits, a caller must not act on a run that was cut short (a login-shell lookup
@@ -165,8 +174,12 @@ WaitStatus waitWithTimeout(RunsInFlight& runs, pid_t pid, double timeoutSeconds,
   const int exitWatch = os::watchExit(pid);
   const auto termAt = deadlineAfter(Clock::now(), timeoutSeconds);
   if (!exitedBefore(pid, exitWatch, termAt)) {
-    kill(pid, SIGTERM);
-    if (!exitedBefore(pid, exitWatch, deadlineAfter(termAt, killGraceSeconds))) killRun(pid);
+    // The leader may go at once and leave what it started behind (a login shell's background jobs):
+    // whatever of the group is still there when the leader has gone, or at the end of the grace, is
+    // killed.
+    signalRun(pid, SIGTERM);
+    exitedBefore(pid, exitWatch, deadlineAfter(termAt, killGraceSeconds));
+    killRun(pid);
   }
   if (exitWatch >= 0) close(exitWatch);
   {
@@ -204,7 +217,8 @@ std::optional<ChildOutput> runCapturingOutput(const std::string& path, const std
   {
     // Started and registered in one step, so that the end of the program can't fall in between.
     const std::lock_guard lock(runs.mutex);
-    if (!runs.ended) output = open(outputFile.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (!runs.ended && !runs.interrupted)
+      output = open(outputFile.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (output >= 0) {
       SpawnSetup setup;
       pid = setup.streams(output) && setup.signals(false) ? setup.spawn(path, arguments) : std::nullopt;
@@ -231,7 +245,20 @@ void endRunsInFlight() {
   RunsInFlight& runs = runsInFlight();
   const std::lock_guard lock(runs.mutex);
   runs.ended = true;
-  for (const pid_t pid : runs.pids) killRun(pid);
+  signalEveryRun(runs, SIGKILL);
+}
+
+void interruptRunsInFlight() {
+  RunsInFlight& runs = runsInFlight();
+  const std::lock_guard lock(runs.mutex);
+  runs.interrupted = true;
+  signalEveryRun(runs, SIGTERM);
+}
+
+void killRunsInFlight() {
+  RunsInFlight& runs = runsInFlight();
+  const std::lock_guard lock(runs.mutex);
+  signalEveryRun(runs, SIGKILL);
 }
 
 bool launchDetached(const std::string& path, const std::vector<std::string>& arguments) {
