@@ -117,11 +117,12 @@ TEST(ReaderTest, ForkedServerInATemporaryProject) {
   // come, as happens when the workers come last in the table.
   platform::ProcessTable table;
   for (const pid_t pid : table.pids())
-    if (pid != forks["worker"] && pid != forks["grandchild"] && table.stats(pid)) table.tcpSockets(pid);
+    if (pid != forks["worker"] && pid != forks["grandchild"]) table.read(pid);
   for (const pid_t pid : {forks["worker"], forks["grandchild"]}) {
-    ASSERT_TRUE(table.stats(pid));
+    const auto record = table.read(pid);
+    ASSERT_TRUE(record);
     std::set<uint16_t> listening;
-    for (const auto& socket : table.tcpSockets(pid))
+    for (const auto& socket : record->sockets)
       if (socket.listening) listening.insert(socket.port);
     EXPECT_THAT(listening, ElementsAre(std::min(first, second), std::max(first, second))) << pid;
   }
