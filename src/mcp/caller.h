@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "snapshot/proc.h"
 
@@ -13,8 +14,8 @@ struct Caller {
   std::string name;
 };
 
-// Walks up from `self`; the first application above the server hides any agent further up.
-std::optional<Caller> caller(const Snapshot& snapshot, int32_t self);
+// Walks up the server's ancestors, its parent first; the first application hides any agent further up.
+std::optional<Caller> caller(const std::vector<Proc>& ancestors);
 
 // "<agent> via MCP", or "An agent via MCP" when none was found.
 std::string callerLabel(const std::optional<Caller>& caller);

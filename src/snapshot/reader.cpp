@@ -38,6 +38,26 @@ void fillPorts(Proc& proc, const std::vector<platform::TcpSocket>& sockets) {
 }
 
 
+Proc procOf(int32_t pid, const platform::ProcessRecord& record, std::vector<std::string> args) {
+  Proc proc;
+  proc.pid = pid;
+  proc.ppid = record.ppid;
+  proc.started = record.started;
+  proc.cpu = record.cpuTimeNanoseconds;
+  proc.footprint = record.footprint;
+  proc.args = std::move(args);
+  if (record.executable) {
+    proc.path = repairedUTF8(*record.executable);
+  } else if (!proc.args.empty()) {
+    proc.path = proc.args.front();
+  }
+  proc.cwd = record.workingDirectory ? repairedUTF8(*record.workingDirectory) : "/";
+  proc.name = lastPathComponent(proc.path);
+  proc.responsible = record.responsible;
+  fillPorts(proc, record.sockets);
+  return proc;
+}
+
 // One reader's share of the table: the processes of `pids` in their order.
 struct Share {
   std::vector<Proc> procs;
@@ -60,27 +80,14 @@ void readShare(const std::vector<int32_t>& pids, size_t begin, size_t end, const
     reading.wantsSockets = [](std::string_view path) { return !isSystemPath(path); };
     auto record = table.read(pid, reading);
     if (!record) continue;
-    Proc proc;
-    proc.pid = pid;
-    proc.ppid = record->ppid;
-    proc.started = record->started;
-    proc.cpu = record->cpuTimeNanoseconds;
-    proc.footprint = record->footprint;
+    std::vector<std::string> args;
     if (record->args) {
-      share.freshArgs.emplace_back(pid, CachedArgs{record->started, repaired(*record->args)});
-      proc.args = share.freshArgs.back().second.args;
+      args = repaired(*record->args);
+      share.freshArgs.emplace_back(pid, CachedArgs{record->started, args});
     } else {
-      proc.args = cached->second.args;
+      args = cached->second.args;
     }
-    if (record->executable) {
-      proc.path = repairedUTF8(*record->executable);
-    } else if (!proc.args.empty()) {
-      proc.path = proc.args.front();
-    }
-    proc.cwd = record->workingDirectory ? repairedUTF8(*record->workingDirectory) : "/";
-    proc.name = lastPathComponent(proc.path);
-    proc.responsible = record->responsible;
-    fillPorts(proc, record->sockets);
+    Proc proc = procOf(pid, *record, std::move(args));
     share.procs.push_back(std::move(proc));
   }
 }
@@ -122,6 +129,22 @@ Snapshot snapshot(ArgsCache& argsCache) {
   }
   std::erase_if(argsCache, [&](const auto& entry) { return !seen.contains(entry.first); });
   return Snapshot{std::move(procs), now()};
+}
+
+std::vector<Proc> ancestors(int32_t pid) {
+  platform::ProcessTable table;
+  platform::ProcessReading reading;
+  reading.wantsSockets = [](std::string_view) { return false; };
+  std::vector<Proc> chain;
+  std::unordered_set<int32_t> visited{pid};
+  const auto self = table.read(pid, reading);
+  for (int32_t next = self ? self->ppid : 0; next > 0 && visited.insert(next).second;) {
+    const auto record = table.read(next, reading);
+    if (!record) break;
+    chain.push_back(procOf(next, *record, repaired(record->args.value_or(std::vector<std::string>()))));
+    next = record->ppid;
+  }
+  return chain;
 }
 
 }  // namespace corvane

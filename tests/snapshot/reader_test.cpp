@@ -184,6 +184,14 @@ TEST(ReaderTest, ArgsCacheZombieOtherUsersAndOwnSockets) {
   EXPECT_EQ(self->ppid, getppid());
   EXPECT_EQ(platform::processOwner(getpid())->path, platform::ownExecutablePath());
   EXPECT_FALSE(platform::processOwner(vanished));
+  // The ancestry of a process reads its processes the same way, parent first, without their sockets.
+  const std::vector<Proc> chain = ancestors(sleeper.pid());
+  ASSERT_GE(chain.size(), 2u);
+  EXPECT_EQ(std::tie(chain[0].pid, chain[0].path, chain[0].args, chain[0].cwd, chain[0].started),
+            std::tie(self->pid, self->path, self->args, self->cwd, self->started));
+  EXPECT_TRUE(chain[0].listening.empty());
+  EXPECT_EQ(chain[1].pid, getppid());
+  EXPECT_TRUE(ancestors(vanished).empty());
   EXPECT_EQ(std::count(self->listening.begin(), self->listening.end(), port), 1);
   EXPECT_EQ(std::count(self->listening.begin(), self->listening.end(), dualPort), ipv6 ? 1 : 0);
   EXPECT_EQ(self->inbound, ipv6 ? 1 : 0);
