@@ -134,7 +134,30 @@ struct ProcessTable::State {
     return found == mayHold.end() || found->second;
   }
 
-  std::vector<TcpSocket> tcpSockets(int32_t pid, int32_t parent);
+  std::vector<TcpSocket> tcpSockets(int32_t pid, int32_t parent) {
+    if (!sockets) {
+      sockets = readTcpTable(uid);
+      dropUncountableConnections(*sockets);
+    }
+    std::vector<TcpSocket> found;
+    const bool inherits = mayInherit(parent);
+    if (inherits) mayHold[pid] = true;
+    if (allSocketsMatched() && !inherits) return found;
+    const int fdDirectory = openat(procFd, path(pid, "fd"), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fdDirectory < 0) return found;
+    // The kernel lists fds until the next entry does not fit; an entry is at most 32 bytes, so a
+    // listing that leaves more room than that is complete, and the call that would return 0 is saved.
+    constexpr size_t room = 64;
+    while (true) {
+      const ssize_t length = getdents64(fdDirectory, entries.data(), entries.size());
+      if (length <= 0) break;
+      if (!matchFds(fdDirectory, static_cast<size_t>(length), !inherits, found)) break;
+      if (static_cast<size_t>(length) + room <= entries.size()) break;
+    }
+    close(fdDirectory);
+    if (!found.empty()) mayHold[pid] = true;
+    return found;
+  }
 
   // Adds the sockets of the table among the fds listed in `entries`. False once all are matched and
   // `stopWhenAllMatched`: the rest of this process's fds are not worth reading then.
@@ -219,31 +242,6 @@ std::optional<ProcessRecord> ProcessTable::read(int32_t pid, const ProcessReadin
                                                     : std::string_view(args->front());
   if (reading.wantsSockets(path)) record.sockets = s.tcpSockets(pid, record.ppid);
   return record;
-}
-
-std::vector<TcpSocket> ProcessTable::State::tcpSockets(int32_t pid, int32_t parent) {
-  if (!sockets) {
-    sockets = readTcpTable(uid);
-    dropUncountableConnections(*sockets);
-  }
-  std::vector<TcpSocket> found;
-  const bool inherits = mayInherit(parent);
-  if (inherits) mayHold[pid] = true;
-  if (allSocketsMatched() && !inherits) return found;
-  const int fdDirectory = openat(procFd, path(pid, "fd"), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (fdDirectory < 0) return found;
-  // The kernel lists fds until the next entry does not fit; an entry is at most 32 bytes, so a
-  // listing that leaves more room than that is complete, and the call that would return 0 is saved.
-  constexpr size_t room = 64;
-  while (true) {
-    const ssize_t length = getdents64(fdDirectory, entries.data(), entries.size());
-    if (length <= 0) break;
-    if (!matchFds(fdDirectory, static_cast<size_t>(length), !inherits, found)) break;
-    if (static_cast<size_t>(length) + room <= entries.size()) break;
-  }
-  close(fdDirectory);
-  if (!found.empty()) mayHold[pid] = true;
-  return found;
 }
 
 namespace {
