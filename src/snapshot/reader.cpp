@@ -37,7 +37,6 @@ void fillPorts(Proc& proc, const std::vector<platform::TcpSocket>& sockets) {
   });
 }
 
-
 Proc procOf(int32_t pid, const platform::ProcessRecord& record, std::vector<std::string> args) {
   Proc proc;
   proc.pid = pid;
@@ -87,8 +86,7 @@ void readShare(const std::vector<int32_t>& pids, size_t begin, size_t end, const
     } else {
       args = cached->second.args;
     }
-    Proc proc = procOf(pid, *record, std::move(args));
-    share.procs.push_back(std::move(proc));
+    share.procs.push_back(procOf(pid, *record, std::move(args)));
   }
 }
 
