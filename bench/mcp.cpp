@@ -1,5 +1,5 @@
 // How soon `corvane mcp` answers an agent: the initialize reply counted from the moment the process is
-// spawned (an agent waits for it before it can call anything), and find_free_port while ports 3000 to
+// spawned (an agent waits for it before it can call anything), with 500 extra processes of the user, and find_free_port while ports 3000 to
 // 3099 are taken, counted per call on a server that has started. Runs the corvane built beside it, or
 // $CORVANE_EXE, with data and settings in a temporary directory.
 #include <arpa/inet.h>
@@ -14,6 +14,8 @@
 #include <vector>
 
 #include <benchmark/benchmark.h>
+
+#include "children.h"
 
 #include "support/process.h"
 #include "platform/paths.h"
@@ -48,6 +50,7 @@ void settle(const std::string& exe) {
 void BM_InitializeReplyAfterSpawn(benchmark::State& state) {
   const std::string exe = corvaneExecutable();
   settle(exe);
+  const bench::Children children(500);
   for (auto _ : state) {
     const auto spawned = std::chrono::steady_clock::now();
     Process server(exe, {"mcp"}, {.grace = 5});

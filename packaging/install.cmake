@@ -29,6 +29,8 @@ set(CPACK_PACKAGE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/packages)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
-# Depends is worked out by dpkg-shlibdeps from the libraries the binary links.
+# Depends is worked out by dpkg-shlibdeps from the libraries the binary links, and libcurl added: it is
+# loaded only when a container engine is asked, so the binary does not link it.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libcurl4")
 include(CPack)

@@ -15,6 +15,8 @@ class Corvane < Formula
   depends_on "libplist"
   depends_on "openssl@3"
   depends_on "utf8proc"
+  # Container engines are asked through libcurl, loaded when first needed.
+  uses_from_macos "curl"
 
   def install
     system "cmake", "-S", ".", "-B", "build", "-DCORVANE_TESTS=OFF", "-DCORVANE_BENCH=OFF",

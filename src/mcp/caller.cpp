@@ -1,8 +1,5 @@
 #include "mcp/caller.h"
 
-#include <unordered_map>
-#include <unordered_set>
-
 #include "detect/agents.h"
 #include "detect/app_path.h"
 
@@ -20,22 +17,6 @@ std::optional<Caller> caller(const std::vector<Proc>& ancestors) {
     if (isAppPath(ancestor.path)) return std::nullopt;
   }
   return std::nullopt;
-}
-
-std::vector<Proc> ancestors(const Snapshot& snapshot, int32_t self) {
-  std::unordered_map<int32_t, const Proc*> byPid;
-  for (const auto& p : snapshot.procs) byPid.emplace(p.pid, &p);
-  std::vector<Proc> chain;
-  const auto own = byPid.find(self);
-  if (own == byPid.end()) return chain;
-  std::unordered_set<int32_t> visited{self};
-  for (int32_t next = own->second->ppid; visited.insert(next).second;) {
-    const auto it = byPid.find(next);
-    if (it == byPid.end()) break;
-    chain.push_back(*it->second);
-    next = it->second->ppid;
-  }
-  return chain;
 }
 
 std::string callerLabel(const std::optional<Caller>& caller) {

@@ -19,9 +19,6 @@ struct Caller {
 // agent further up.
 std::optional<Caller> caller(const std::vector<Proc>& ancestors);
 
-// The ancestors of `self` in `snapshot`, nearest first; a ppid cycle ends them.
-std::vector<Proc> ancestors(const Snapshot& snapshot, int32_t self);
-
 // "<agent> via MCP", or "An agent via MCP" when none was found.
 std::string callerLabel(const std::optional<Caller>& caller);
 

@@ -14,12 +14,14 @@
 #include "platform/defaults.h"
 #include "platform/server_version.h"
 #include "scanner/scanner.h"
+#include "snapshot/reader.h"
 
 namespace corvane::MCP {
 
 int32_t serve() {
-  ArgsCache cache;
-  std::optional<Caller> agent = caller(ancestors(snapshot(cache), static_cast<int32_t>(getpid())));
+  // A handful of reads up the server's own ancestry: the whole process table would cost more than
+  // everything else the handshake does.
+  std::optional<Caller> agent = caller(ancestors(static_cast<int32_t>(getpid())));
   std::optional<int32_t> agentPID;
   if (agent) agentPID = agent->pid;
 

@@ -2,27 +2,49 @@
 // The machine's process table as the snapshot and the stopper read it. Strings are the kernel's raw
 // bytes; the callers decide how to present them.
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/date.h"
 
 namespace corvane::platform {
 
-// What is read of every process of the user at every scan.
-struct ProcessStats {
-  int32_t ppid = 0;
-  Date started{};
-  uint64_t cpu = 0;        // nanoseconds of user plus system time
-  uint64_t footprint = 0;  // bytes of private memory, resident or swapped
-};
-
 // One TCP socket of a process: its local port, and whether it listens or is an established connection.
 struct TcpSocket {
   uint16_t port = 0;
   bool listening = false;
+};
+
+// Everything one read learns of a process of the user, read together so that no reading depends on
+// another call having come first.
+struct ProcessRecord {
+  int32_t ppid = 0;
+  Date started{};
+  uint64_t cpuTimeNanoseconds = 0;  // user plus system time
+  uint64_t footprint = 0;           // bytes of private memory, resident or swapped
+  // The argument vector, args[0] included (empty when it cannot be read); absent when the caller
+  // already knew it.
+  std::optional<std::vector<std::string>> args;
+  std::optional<std::string> executable;        // absent when it cannot be read
+  std::optional<std::string> workingDirectory;  // absent when it cannot be read
+  // The process the system holds responsible for this one (macOS: the app that launched a helper);
+  // absent when there is none, when it is the process itself, or where the system has no such notion.
+  std::optional<int32_t> responsible;
+  // The TCP sockets that listen, or are established on a port that some socket of the user listens
+  // on; as many as could be read. Empty when they were not asked for.
+  std::vector<TcpSocket> sockets;
+};
+
+// What a read leaves out: the arguments of a process whose (pid, start time) the caller has seen (it
+// answers them, or null to have them read), and the sockets of a process whose path (the executable,
+// else the first argument) it does not want.
+struct ProcessReading {
+  std::function<const std::vector<std::string>*(Date started)> knownArgs = [](Date) { return nullptr; };
+  std::function<bool(std::string_view path)> wantsSockets = [](std::string_view) { return true; };
 };
 
 // One pass over the process table. It holds what a pass shares between processes (the open table,
@@ -36,24 +58,10 @@ class ProcessTable {
 
   // All pids of the machine, in the kernel's order.
   std::vector<int32_t> pids();
-  // Absent when the process belongs to another user or cannot be read (it may have gone); the
-  // readings below are only meant for processes that passed this one.
-  std::optional<ProcessStats> stats(int32_t pid);
-  // The argument vector, args[0] included; empty when it cannot be read.
-  std::vector<std::string> args(int32_t pid);
-  // The executable's path; absent when it cannot be read.
-  std::optional<std::string> executable(int32_t pid);
-  // The working directory; absent when it cannot be read.
-  std::optional<std::string> workingDirectory(int32_t pid);
-  // The process the system holds responsible for this one (macOS: the app that launched a helper);
-  // absent when there is none, when it is the process itself, or where the system has no such notion.
-  std::optional<int32_t> responsible(int32_t pid);
-  // The process's TCP sockets that listen, or are established on a port that some socket of the
-  // user listens on; as many as could be read. The user's sockets are found in the order the
-  // processes are asked for (after their stats); once every one has been found, a later process is
-  // searched only when it may have inherited one: its parent holds one, descends from a holder, or
-  // was not asked about in this pass.
-  std::vector<TcpSocket> tcpSockets(int32_t pid);
+  // Absent when the process belongs to another user or cannot be read (it may have gone). Once every
+  // socket of the user has been found, a process is searched for sockets only when it may have
+  // inherited one: its parent holds one, descends from a holder, or was not read in this pass.
+  std::optional<ProcessRecord> read(int32_t pid, const ProcessReading& reading = {});
 
  private:
   struct State;

@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include "platform/docker_socket.h"
 #include "scanner/json_lines.h"
 #include "scanner/memory_size.h"
 #include "tools/tools.h"
@@ -76,7 +77,10 @@ std::vector<Container> fetchContainers(const std::string& docker, DockerTimeouts
   return containersFromDockerOutput(ps->data, stats->data);
 }
 
+// The engine's API costs no process start; the docker runs remain for an engine reached otherwise.
 std::vector<Container> Tools::containers() const {
+  if (const auto socket = platform::dockerEngineSocket())
+    if (auto containers = fetchEngineContainers(*socket)) return std::move(*containers);
   const std::string* docker = path("docker");
   return docker ? fetchContainers(*docker) : std::vector<Container>{};
 }

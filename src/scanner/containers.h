@@ -1,9 +1,11 @@
 #pragma once
-// Turning `docker ps` and `docker stats` output into the running containers.
+// The running containers, from a Docker engine's API or else from `docker ps` and `docker stats`.
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 #include "detect/item.h"
 
@@ -25,5 +27,14 @@ std::vector<Container> fetchContainers(const std::string& docker, DockerTimeouts
 // Containers in the order of the `docker ps` lines, each with the memory of its `docker stats` line
 // (0 without one).
 std::vector<Container> containersFromDockerOutput(std::string_view psOutput, std::string_view statsOutput);
+
+// Asks the engine on `socket` for its running containers and each one's memory, with the time-outs of
+// the docker runs. Absent when nothing answers on the socket; empty when the engine fails to list
+// them or a memory reading does not come in time.
+std::optional<std::vector<Container>> fetchEngineContainers(const std::string& socket, DockerTimeouts timeouts = {});
+
+// One container of the engine's list (an object with a string "Id"), with the memory of its stats
+// (null when they could not be had), as the docker runs show it.
+Container containerFromEngine(const nlohmann::json& listed, const nlohmann::json& stats);
 
 }  // namespace corvane

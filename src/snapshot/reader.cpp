@@ -25,17 +25,6 @@ std::vector<std::string> repaired(const std::vector<std::string>& strings) {
   return texts;
 }
 
-// The arguments of a process are read once for its whole life: a cache entry only counts for the
-// process that has this pid and exactly this start time, so a reused pid reads them afresh. The cache
-// is only read here; what was read afresh goes to `fresh`, stored once all readers are done.
-std::vector<std::string> arguments(platform::ProcessTable& table, const ArgsCache& cache, int32_t pid, Date started,
-                                   std::vector<std::pair<int32_t, CachedArgs>>& fresh) {
-  auto entry = cache.find(pid);
-  if (entry != cache.end() && entry->second.started == started) return entry->second.args;
-  fresh.emplace_back(pid, CachedArgs{started, repaired(table.args(pid))});
-  return fresh.back().second.args;
-}
-
 // Listening ports as a set; accepted connections are the established ones on a listening port. A
 // port listened on over IPv4 and IPv6 counts once.
 void fillPorts(Proc& proc, const std::vector<platform::TcpSocket>& sockets) {
@@ -48,6 +37,25 @@ void fillPorts(Proc& proc, const std::vector<platform::TcpSocket>& sockets) {
   });
 }
 
+Proc procOf(int32_t pid, const platform::ProcessRecord& record, std::vector<std::string> args) {
+  Proc proc;
+  proc.pid = pid;
+  proc.ppid = record.ppid;
+  proc.started = record.started;
+  proc.cpu = record.cpuTimeNanoseconds;
+  proc.footprint = record.footprint;
+  proc.args = std::move(args);
+  if (record.executable) {
+    proc.path = repairedUTF8(*record.executable);
+  } else if (!proc.args.empty()) {
+    proc.path = proc.args.front();
+  }
+  proc.cwd = record.workingDirectory ? repairedUTF8(*record.workingDirectory) : "/";
+  proc.name = lastPathComponent(proc.path);
+  proc.responsible = record.responsible;
+  fillPorts(proc, record.sockets);
+  return proc;
+}
 
 // One reader's share of the table: the processes of `pids` in their order.
 struct Share {
@@ -55,31 +63,30 @@ struct Share {
   std::vector<std::pair<int32_t, CachedArgs>> freshArgs;
 };
 
+// The arguments of a process are read once for its whole life: a cache entry only counts for the
+// process that has this pid and exactly this start time, so a reused pid reads them afresh. The cache
+// is only read here; what was read afresh goes to `freshArgs`, stored once all readers are done.
 void readShare(const std::vector<int32_t>& pids, size_t begin, size_t end, const ArgsCache& cache, Share& share) {
   platform::ProcessTable table;
   for (size_t i = begin; i < end; ++i) {
     const int32_t pid = pids[i];
     if (pid < 1) continue;
-    const auto stats = table.stats(pid);
-    if (!stats) continue;
-    Proc proc;
-    proc.pid = pid;
-    proc.ppid = stats->ppid;
-    proc.started = stats->started;
-    proc.cpu = stats->cpu;
-    proc.footprint = stats->footprint;
-    proc.args = arguments(table, cache, pid, stats->started, share.freshArgs);
-    if (const auto path = table.executable(pid)) {
-      proc.path = repairedUTF8(*path);
-    } else if (!proc.args.empty()) {
-      proc.path = proc.args.front();
+    const auto cached = cache.find(pid);
+    platform::ProcessReading reading;
+    reading.knownArgs = [&](Date started) -> const std::vector<std::string>* {
+      return cached != cache.end() && cached->second.started == started ? &cached->second.args : nullptr;
+    };
+    reading.wantsSockets = [](std::string_view path) { return !isSystemPath(path); };
+    auto record = table.read(pid, reading);
+    if (!record) continue;
+    std::vector<std::string> args;
+    if (record->args) {
+      args = repaired(*record->args);
+      share.freshArgs.emplace_back(pid, CachedArgs{record->started, args});
+    } else {
+      args = cached->second.args;
     }
-    const auto cwd = table.workingDirectory(pid);
-    proc.cwd = cwd ? repairedUTF8(*cwd) : "/";
-    proc.name = lastPathComponent(proc.path);
-    proc.responsible = table.responsible(pid);
-    if (!isSystemPath(proc.path)) fillPorts(proc, table.tcpSockets(pid));
-    share.procs.push_back(std::move(proc));
+    share.procs.push_back(procOf(pid, *record, std::move(args)));
   }
 }
 
@@ -120,6 +127,22 @@ Snapshot snapshot(ArgsCache& argsCache) {
   }
   std::erase_if(argsCache, [&](const auto& entry) { return !seen.contains(entry.first); });
   return Snapshot{std::move(procs), now()};
+}
+
+std::vector<Proc> ancestors(int32_t pid) {
+  platform::ProcessTable table;
+  platform::ProcessReading reading;
+  reading.wantsSockets = [](std::string_view) { return false; };
+  std::vector<Proc> chain;
+  std::unordered_set<int32_t> visited{pid};
+  const auto self = table.read(pid, reading);
+  for (int32_t next = self ? self->ppid : 0; next > 0 && visited.insert(next).second;) {
+    const auto record = table.read(next, reading);
+    if (!record) break;
+    chain.push_back(procOf(next, *record, repaired(record->args.value_or(std::vector<std::string>()))));
+    next = record->ppid;
+  }
+  return chain;
 }
 
 }  // namespace corvane

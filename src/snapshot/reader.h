@@ -21,4 +21,8 @@ using ArgsCache = std::unordered_map<int32_t, CachedArgs>;
 
 Snapshot snapshot(ArgsCache& argsCache);
 
+// The user's processes above `pid`, its parent first, as a snapshot would read them but without their
+// sockets; the chain ends below the first that is not the user's or cannot be read.
+std::vector<Proc> ancestors(int32_t pid);
+
 }  // namespace corvane

@@ -13,6 +13,7 @@
 #include "activity/activity_log.h"
 #include "platform/defaults.h"
 #include "platform/process_table.h"
+#include "support/fake_engine.h"
 #include "support/process.h"
 #include "support/listeners.h"
 #include "support/user_files.h"
@@ -88,6 +89,17 @@ TEST_F(StopCommandTest, StatusThenStopByProjectPortIdOrNothingWithAPinnedRow) {
   EXPECT_TRUE(status.out.find("\n" + name + "\n" + webLine + apiLine) != std::string::npos ||
               status.out.find("\n" + name + "\n" + apiLine + webLine) != std::string::npos)
       << status.out;
+  // The containers of an engine that answers on its socket are rows of their own.
+  {
+    const testing_support::FakeEngine engine("three");
+    ASSERT_TRUE(engine.ready);
+    const auto withEngine = runCorvane({"status"}, "", {{"DOCKER_HOST", engine.host()}});
+    const std::string shopRow = "\nshop\n  shop-web-1" + std::string(27, ' ') + "0.1 GB  container" + dot +
+                                "0 proc" + dot + "container:" + std::string(64, 'a') + "\n";
+    EXPECT_NE(withEngine.out.find(shopRow), std::string::npos) << withEngine.out;
+    EXPECT_NE(withEngine.out.find("  db,web/db "), std::string::npos);
+    EXPECT_NE(withEngine.out.find("  cache "), std::string::npos);
+  }
   const auto json = runCorvane({"status", "--json"});
   EXPECT_EQ(json.exitCode, 0);
   nlohmann::json row;

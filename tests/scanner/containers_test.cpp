@@ -4,11 +4,14 @@
 #include "scanner/json_lines.h"
 #include "scanner/memory_size.h"
 #include "tools/tools.h"
+#include "support/fake_engine.h"
 #include "support/fake_programs.h"
 
 namespace corvane {
 namespace {
 
+using testing_support::FakeEngine;
+using testing_support::ScopedEnv;
 using testing_support::writeScript;
 
 TEST(ContainersTest, MemorySizesJSONLinesAndLabels) {
@@ -68,6 +71,42 @@ TEST(ContainersTest, FetchThroughDocker) {
   EXPECT_TRUE(fetchContainers(fakeDocker(std::string(psLine) + "; exit 1", "exit 0"), quick).empty());
   EXPECT_TRUE(fetchContainers(fakeDocker("exec sleep 5", "exit 0"), quick).empty());
   EXPECT_TRUE(Tools{}.containers().empty());
+}
+
+// The engine's API gives the rows the docker runs give; an engine that fails gives none, and only a
+// socket where nobody answers leaves the containers to docker.
+TEST(ContainersTest, FetchThroughTheEngineAPI) {
+  if (testing_support::systemPython().empty()) GTEST_SKIP() << "no Python 3";
+  const std::vector<Container> three = {
+      {std::string(64, 'a'), "shop-web-1", "nginx:1.27", "shop", 100 * 1048576},
+      {std::string(64, 'b'), "db,web/db", "postgres:16", std::nullopt, 1536 * 1048576},
+      {std::string(64, 'c'), "cache", "<no image>", std::nullopt, 123417395}};
+  std::vector<Container> withoutMemory = three;
+  for (auto& container : withoutMemory) container.memory = 0;
+  const std::vector<Container> fromDocker = {{"c1", "web", "nginx", std::nullopt, 536870912}};
+  const Tools tools{{{"docker", fakeDocker(psLine, R"(echo '{"ID":"c1","MemUsage":"512MiB / 1GiB"}')")}}};
+  const struct {
+    const char* mode;
+    std::vector<Container> containers;
+  } cases[] = {{"three", three},        {"stats-error", withoutMemory}, {"slow-stats", {}}, {"slow", {}},
+               {"error", {}},           {"garbage", {}},                {"dead", fromDocker}};
+  for (const auto& c : cases) {
+    const FakeEngine engine(c.mode);
+    ASSERT_TRUE(engine.ready) << c.mode;
+    const ScopedEnv host("DOCKER_HOST", engine.host());
+    EXPECT_EQ(c.mode == std::string("dead") ? tools.containers() : *fetchEngineContainers(engine.socket, quick),
+              c.containers)
+        << c.mode;
+  }
+  EXPECT_EQ(fetchEngineContainers(testing_support::makeTempDir("none") + "/engine.sock", quick), std::nullopt);
+  // DOCKER_HOST names the engine; one reached over TCP is left to docker.
+  const FakeEngine engine("three");
+  const ScopedEnv host("DOCKER_HOST", "tcp://127.0.0.1:2375");
+  const ScopedEnv runtime("XDG_RUNTIME_DIR", std::filesystem::path(engine.socket).parent_path().string());
+  std::filesystem::rename(engine.socket, std::filesystem::path(engine.socket).parent_path() / "docker.sock");
+  EXPECT_EQ(tools.containers(), fromDocker);
+  const ScopedEnv unset("DOCKER_HOST", std::nullopt);
+  EXPECT_EQ(tools.containers(), three);
 }
 
 }  // namespace

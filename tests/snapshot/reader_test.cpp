@@ -47,6 +47,8 @@ TEST(ReaderTest, ForkedServerInATemporaryProject) {
   ASSERT_NE(databasePort, 0);
   const char* script =
       "import os, socket, sys, time\n"
+      "spent = time.process_time()\n"  // enough CPU time to show in clock ticks, however fast the start
+      "while time.process_time() - spent < 0.03: pass\n"
       "socks = [socket.socket() for _ in range(2)]\n"
       "for s in socks: s.bind(('127.0.0.1', 0)); s.listen(8)\n"
       "print(*(s.getsockname()[1] for s in socks), flush=True)\n"
@@ -117,11 +119,12 @@ TEST(ReaderTest, ForkedServerInATemporaryProject) {
   // come, as happens when the workers come last in the table.
   platform::ProcessTable table;
   for (const pid_t pid : table.pids())
-    if (pid != forks["worker"] && pid != forks["grandchild"] && table.stats(pid)) table.tcpSockets(pid);
+    if (pid != forks["worker"] && pid != forks["grandchild"]) table.read(pid);
   for (const pid_t pid : {forks["worker"], forks["grandchild"]}) {
-    ASSERT_TRUE(table.stats(pid));
+    const auto record = table.read(pid);
+    ASSERT_TRUE(record);
     std::set<uint16_t> listening;
-    for (const auto& socket : table.tcpSockets(pid))
+    for (const auto& socket : record->sockets)
       if (socket.listening) listening.insert(socket.port);
     EXPECT_THAT(listening, ElementsAre(std::min(first, second), std::max(first, second))) << pid;
   }
@@ -183,6 +186,14 @@ TEST(ReaderTest, ArgsCacheZombieOtherUsersAndOwnSockets) {
   EXPECT_EQ(self->ppid, getppid());
   EXPECT_EQ(platform::processOwner(getpid())->path, platform::ownExecutablePath());
   EXPECT_FALSE(platform::processOwner(vanished));
+  // The ancestry of a process reads its processes the same way, parent first, without their sockets.
+  const std::vector<Proc> chain = ancestors(sleeper.pid());
+  ASSERT_GE(chain.size(), 2u);
+  EXPECT_EQ(std::tie(chain[0].pid, chain[0].path, chain[0].args, chain[0].cwd, chain[0].started),
+            std::tie(self->pid, self->path, self->args, self->cwd, self->started));
+  EXPECT_TRUE(chain[0].listening.empty());
+  EXPECT_EQ(chain[1].pid, getppid());
+  EXPECT_TRUE(ancestors(vanished).empty());
   EXPECT_EQ(std::count(self->listening.begin(), self->listening.end(), port), 1);
   EXPECT_EQ(std::count(self->listening.begin(), self->listening.end(), dualPort), ipv6 ? 1 : 0);
   EXPECT_EQ(self->inbound, ipv6 ? 1 : 0);

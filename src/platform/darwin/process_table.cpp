@@ -95,8 +95,6 @@ std::optional<std::string> pidPath(int32_t pid) {
 
 struct ProcessTable::State {
   uint32_t uid = 0;
-  // Reused from process to process: the argument area is read only for processes not seen before,
-  // and only the bytes sysctl returns are looked at, so it never needs clearing.
   std::vector<char> argumentArea;
   std::vector<proc_fdinfo> descriptors;
 };
@@ -114,41 +112,27 @@ std::vector<int32_t> ProcessTable::pids() {
   return pids;
 }
 
-std::optional<ProcessStats> ProcessTable::stats(int32_t pid) {
-  const auto info = bsdInfo(pid);
-  if (!info || info->pbi_uid != state_->uid) return std::nullopt;
-  ProcessStats stats;
-  stats.ppid = static_cast<int32_t>(info->pbi_ppid);
-  stats.started = startOf(*info);
-  rusage_info_v4 usage{};
-  if (proc_pid_rusage(pid, RUSAGE_INFO_V4, reinterpret_cast<rusage_info_t*>(&usage)) == 0) {
-    const Timebase& t = timebase();
-    stats.cpu = (usage.ri_user_time + usage.ri_system_time) * t.numer / t.denom;
-    stats.footprint = usage.ri_phys_footprint;
-  }
-  return stats;
-}
+namespace {
 
-std::vector<std::string> ProcessTable::args(int32_t pid) {
-  State& s = *state_;
+// The largest argument area is allocated once a pass and reused: only the bytes sysctl returns are
+// looked at, so it never needs clearing.
+std::vector<std::string> argsOf(int32_t pid, std::vector<char>& area) {
   const size_t areaSize = argumentAreaSize();
   if (areaSize == 0) return {};
-  if (s.argumentArea.size() != areaSize) s.argumentArea.assign(areaSize, 0);
+  if (area.size() != areaSize) area.assign(areaSize, 0);
   int name[] = {CTL_KERN, KERN_PROCARGS2, pid};
-  size_t length = s.argumentArea.size();
-  if (sysctl(name, 3, s.argumentArea.data(), &length, nullptr, 0) != 0) return {};
-  return darwin_proc::parseProcArgs(std::string_view(s.argumentArea.data(), std::min(length, areaSize)));
+  size_t length = area.size();
+  if (sysctl(name, 3, area.data(), &length, nullptr, 0) != 0) return {};
+  return darwin_proc::parseProcArgs(std::string_view(area.data(), std::min(length, areaSize)));
 }
 
-std::optional<std::string> ProcessTable::executable(int32_t pid) { return pidPath(pid); }
-
-std::optional<int32_t> ProcessTable::responsible(int32_t pid) {
+std::optional<int32_t> responsibleFor(int32_t pid) {
   const pid_t responsible = responsibility_get_pid_responsible_for_pid(pid);
   if (responsible < 1 || responsible == pid) return std::nullopt;
   return static_cast<int32_t>(responsible);
 }
 
-std::optional<std::string> ProcessTable::workingDirectory(int32_t pid) {
+std::optional<std::string> workingDirectoryOf(int32_t pid) {
   proc_vnodepathinfo info{};
   if (proc_pidinfo(pid, PROC_PIDVNODEPATHINFO, 0, &info, vnodePathInfoSize) != vnodePathInfoSize) return std::nullopt;
   return textUpToZero(info.pvi_cdir.vip_path, sizeof info.pvi_cdir.vip_path);
@@ -157,11 +141,10 @@ std::optional<std::string> ProcessTable::workingDirectory(int32_t pid) {
 // Every listening TCP socket of the process and every established one, IPv4 and IPv6 alike. The
 // caller counts an established socket only when its port is one the process listens on, which is
 // what tells an accepted connection from one the process opened itself.
-std::vector<TcpSocket> ProcessTable::tcpSockets(int32_t pid) {
+std::vector<TcpSocket> tcpSocketsOf(int32_t pid, std::vector<proc_fdinfo>& descriptors) {
   std::vector<TcpSocket> found;
   const int needed = proc_pidinfo(pid, PROC_PIDLISTFDS, 0, nullptr, 0);
   if (needed < 1) return found;
-  std::vector<proc_fdinfo>& descriptors = state_->descriptors;
   descriptors.assign(static_cast<size_t>(needed) / sizeof(proc_fdinfo), proc_fdinfo{});
   const int bufferSize = static_cast<int>(descriptors.size() * sizeof(proc_fdinfo));
   const int listed = proc_pidinfo(pid, PROC_PIDLISTFDS, 0, descriptors.data(), bufferSize);
@@ -182,6 +165,36 @@ std::vector<TcpSocket> ProcessTable::tcpSockets(int32_t pid) {
     }
   }
   return found;
+}
+
+}  // namespace
+
+std::optional<ProcessRecord> ProcessTable::read(int32_t pid, const ProcessReading& reading) {
+  State& s = *state_;
+  const auto info = bsdInfo(pid);
+  if (!info || info->pbi_uid != s.uid) return std::nullopt;
+  ProcessRecord record;
+  record.ppid = static_cast<int32_t>(info->pbi_ppid);
+  record.started = startOf(*info);
+  rusage_info_v4 usage{};
+  if (proc_pid_rusage(pid, RUSAGE_INFO_V4, reinterpret_cast<rusage_info_t*>(&usage)) == 0) {
+    const Timebase& t = timebase();
+    record.cpuTimeNanoseconds = (usage.ri_user_time + usage.ri_system_time) * t.numer / t.denom;
+    record.footprint = usage.ri_phys_footprint;
+  }
+  const std::vector<std::string>* args = reading.knownArgs(record.started);
+  if (!args) {
+    record.args = argsOf(pid, s.argumentArea);
+    args = &*record.args;
+  }
+  record.executable = pidPath(pid);
+  record.workingDirectory = workingDirectoryOf(pid);
+  record.responsible = responsibleFor(pid);
+  const std::string_view path = record.executable ? std::string_view(*record.executable)
+                                : args->empty()     ? std::string_view()
+                                                    : std::string_view(args->front());
+  if (reading.wantsSockets(path)) record.sockets = tcpSocketsOf(pid, s.descriptors);
+  return record;
 }
 
 std::optional<Date> processStarted(int32_t pid) {

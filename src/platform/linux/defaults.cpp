@@ -125,7 +125,11 @@ bool DefaultsStore::writeDictionary(const std::string& key, const DefaultsDictio
   uint32_t length = 0;
   plist_to_xml(root.get(), &xml, &length);
   if (!xml) return false;
-  const bool replaced = replaceFileAtomically(file_, std::string_view(xml, length), FileAccess::ownerOnly);
+  const std::string_view bytes(xml, length);
+  // Most runs write back what is there: rewriting it would cost an fsync and race the other writers
+  // for nothing.
+  const bool replaced = (contents.state == FileState::read && contents.bytes == bytes) ||
+                        replaceFileAtomically(file_, bytes, FileAccess::ownerOnly);
   plist_to_xml_free(xml);
   return replaced;
 }

@@ -76,10 +76,6 @@ Date dateFromTicks(uint64_t ticksAfterBoot) {
 struct ProcessTable::State {
   DIR* proc = nullptr;
   int procFd = -1;
-  int32_t commPid = 0;  // the process whose command name `comm` holds, from its last status read
-  std::string comm;
-  int32_t statsPid = 0;  // the process of the last stats read, and its parent
-  int32_t statsParent = 0;
   uint32_t uid = 0;
   std::vector<char> buffer = std::vector<char>(4096);
   std::vector<char> entries = std::vector<char>(8192);
@@ -116,7 +112,7 @@ struct ProcessTable::State {
   // A multi-call program shows the name it was started under, as the same program does on a Mac:
   // Debian's redis-server is a link to redis-check-rdb beside it. The link wins only when it leads to
   // the very file the kernel runs; a command name of 15 bytes may be cut short and is not trusted.
-  std::string startedAs(int32_t pid, std::string exe) {
+  std::string startedAs(int32_t pid, std::string exe, const std::string& comm) {
     const size_t slash = exe.rfind('/');
     if (comm.empty() || comm.size() >= 15 || slash == std::string::npos ||
         exe.compare(slash + 1, std::string::npos, comm) == 0)
@@ -133,10 +129,34 @@ struct ProcessTable::State {
   // A process holds the sockets it opened, those it inherited, and (rarely) one passed to it. Once
   // every socket is matched to some process, only the descendants of a holder are still worth a
   // look: a pre-fork server's workers hold its listening sockets and their own connections.
-  bool mayInherit(int32_t pid) const {
-    if (statsPid != pid) return true;
-    const auto parent = mayHold.find(statsParent);
-    return parent == mayHold.end() || parent->second;
+  bool mayInherit(int32_t parent) const {
+    const auto found = mayHold.find(parent);
+    return found == mayHold.end() || found->second;
+  }
+
+  std::vector<TcpSocket> tcpSockets(int32_t pid, int32_t parent) {
+    if (!sockets) {
+      sockets = readTcpTable(uid);
+      dropUncountableConnections(*sockets);
+    }
+    std::vector<TcpSocket> found;
+    const bool inherits = mayInherit(parent);
+    if (inherits) mayHold[pid] = true;
+    if (allSocketsMatched() && !inherits) return found;
+    const int fdDirectory = openat(procFd, path(pid, "fd"), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fdDirectory < 0) return found;
+    // The kernel lists fds until the next entry does not fit; an entry is at most 32 bytes, so a
+    // listing that leaves more room than that is complete, and the call that would return 0 is saved.
+    constexpr size_t room = 64;
+    while (true) {
+      const ssize_t length = getdents64(fdDirectory, entries.data(), entries.size());
+      if (length <= 0) break;
+      if (!matchFds(fdDirectory, static_cast<size_t>(length), !inherits, found)) break;
+      if (static_cast<size_t>(length) + room <= entries.size()) break;
+    }
+    close(fdDirectory);
+    if (!found.empty()) mayHold[pid] = true;
+    return found;
   }
 
   // Adds the sockets of the table among the fds listed in `entries`. False once all are matched and
@@ -189,7 +209,7 @@ std::vector<int32_t> ProcessTable::pids() {
   return pids;
 }
 
-std::optional<ProcessStats> ProcessTable::stats(int32_t pid) {
+std::optional<ProcessRecord> ProcessTable::read(int32_t pid, const ProcessReading& reading) {
   State& s = *state_;
   s.mayHold.emplace(pid, false);
   if (!s.mayBeOwn(pid)) return std::nullopt;
@@ -197,71 +217,31 @@ std::optional<ProcessStats> ProcessTable::stats(int32_t pid) {
   if (!statusText) return std::nullopt;
   StatusFields status = parseStatus(*statusText);
   if (status.realUid != s.uid) return std::nullopt;
-  s.commPid = pid;
-  s.comm = std::move(status.name);
   const auto statText = readAt(s.procFd, s.path(pid, "stat"), s.buffer);
   if (!statText) return std::nullopt;
   const auto stat = parseStat(*statText);
   if (!stat) return std::nullopt;
-  const uint64_t ticksPerSecond = clock().ticksPerSecond;
-  s.statsPid = pid;
-  s.statsParent = stat->ppid;
-  ProcessStats stats;
-  stats.ppid = stat->ppid;
-  stats.started = dateFromTicks(stat->starttime);
-  stats.cpu = (stat->utime + stat->stime) * 1'000'000'000 / ticksPerSecond;
-  stats.footprint = (status.rssAnonKB + status.vmSwapKB) * 1024;
-  return stats;
-}
 
-std::vector<std::string> ProcessTable::args(int32_t pid) {
-  State& s = *state_;
-  const auto bytes = readAt(s.procFd, s.path(pid, "cmdline"), s.buffer);
-  return bytes ? splitAtNul(*bytes) : std::vector<std::string>();
-}
-
-std::optional<std::string> ProcessTable::executable(int32_t pid) {
-  State& s = *state_;
-  auto link = readLinkAt(s.procFd, s.path(pid, "exe"));
-  if (!link) return std::nullopt;
-  std::string exe(withoutDeletedMark(*link));
-  if (s.commPid != pid) return exe;
-  return s.startedAs(pid, std::move(exe));
-}
-
-// Linux keeps no record of which app is responsible for a process.
-std::optional<int32_t> ProcessTable::responsible(int32_t) { return std::nullopt; }
-
-std::optional<std::string> ProcessTable::workingDirectory(int32_t pid) {
-  State& s = *state_;
-  auto link = readLinkAt(s.procFd, s.path(pid, "cwd"));
-  return link ? std::optional<std::string>(withoutDeletedMark(*link)) : std::nullopt;
-}
-
-std::vector<TcpSocket> ProcessTable::tcpSockets(int32_t pid) {
-  State& s = *state_;
-  if (!s.sockets) {
-    s.sockets = readTcpTable(s.uid);
-    dropUncountableConnections(*s.sockets);
+  ProcessRecord record;
+  record.ppid = stat->ppid;
+  record.started = dateFromTicks(stat->starttime);
+  record.cpuTimeNanoseconds = (stat->utime + stat->stime) * 1'000'000'000 / clock().ticksPerSecond;
+  record.footprint = (status.rssAnonKB + status.vmSwapKB) * 1024;
+  const std::vector<std::string>* args = reading.knownArgs(record.started);
+  if (!args) {
+    const auto bytes = readAt(s.procFd, s.path(pid, "cmdline"), s.buffer);
+    record.args = bytes ? splitAtNul(*bytes) : std::vector<std::string>();
+    args = &*record.args;
   }
-  std::vector<TcpSocket> found;
-  const bool inherits = s.mayInherit(pid);
-  if (inherits) s.mayHold[pid] = true;
-  if (s.allSocketsMatched() && !inherits) return found;
-  const int fdDirectory = openat(s.procFd, s.path(pid, "fd"), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (fdDirectory < 0) return found;
-  // The kernel lists fds until the next entry does not fit; an entry is at most 32 bytes, so a
-  // listing that leaves more room than that is complete, and the call that would return 0 is saved.
-  constexpr size_t room = 64;
-  while (true) {
-    const ssize_t length = getdents64(fdDirectory, s.entries.data(), s.entries.size());
-    if (length <= 0) break;
-    if (!s.matchFds(fdDirectory, static_cast<size_t>(length), !inherits, found)) break;
-    if (static_cast<size_t>(length) + room <= s.entries.size()) break;
-  }
-  close(fdDirectory);
-  if (!found.empty()) s.mayHold[pid] = true;
-  return found;
+  if (auto link = readLinkAt(s.procFd, s.path(pid, "exe")))
+    record.executable = s.startedAs(pid, std::string(withoutDeletedMark(*link)), status.name);
+  if (auto link = readLinkAt(s.procFd, s.path(pid, "cwd"))) record.workingDirectory = withoutDeletedMark(*link);
+  // Linux keeps no record of which app is responsible for a process.
+  const std::string_view path = record.executable ? std::string_view(*record.executable)
+                                : args->empty()     ? std::string_view()
+                                                    : std::string_view(args->front());
+  if (reading.wantsSockets(path)) record.sockets = s.tcpSockets(pid, record.ppid);
+  return record;
 }
 
 namespace {

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <plist/plist.h>
+#include <sys/stat.h>
 
 #include <gtest/gtest.h>
 
@@ -43,6 +44,17 @@ TEST(DefaultsTest, WritesAreXMLAndKeepEveryOtherValueBinarySuitesAreRead) {
   EXPECT_EQ(store.readDictionary("toolMisses"), (DefaultsDictionary{{"adb", dateFromSeconds(1767225600)}}));
   EXPECT_NE(readFile(store.file()).find("<date>2026-01-01T00:00:00Z</date>"), std::string::npos);
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir + "/new"), {}), 1);  // no temporary file left
+  // Writing what is there already leaves the file itself in place; a change replaces it.
+  const auto inode = [&] {
+    struct stat info{};
+    return ::stat(store.file().c_str(), &info) == 0 ? info.st_ino : 0;
+  };
+  const auto first = inode();
+  ASSERT_TRUE(store.writeDictionary("pins", {{"db:x", std::string("Postgres \xE2\x9C\x93")}}));
+  EXPECT_EQ(inode(), first);
+  ASSERT_TRUE(store.writeDictionary("pins", {}));
+  EXPECT_NE(inode(), first);
+  ASSERT_TRUE(store.writeDictionary("pins", {{"db:x", std::string("Postgres \xE2\x9C\x93")}}));
 
   // A binary suite of the desktop app is read, and every other value of it survives a write; an old
   // record with a fraction of a second is replaced, so it doesn't stop the write.
