@@ -8,8 +8,9 @@
 
 namespace corvane {
 
-int32_t runMain(const std::vector<std::string>& arguments) {
-  Invocation invocation = parseArguments(arguments);
+namespace {
+
+int32_t runInvocation(const Invocation& invocation) {
   switch (invocation.action) {
     case Invocation::Action::help:
       platform::writeOut(std::string(usageText) + "\n");
@@ -30,6 +31,22 @@ int32_t runMain(const std::vector<std::string>& arguments) {
       return mcpCommand();
   }
   return ExitCode::usage;
+}
+
+}  // namespace
+
+int32_t runMain(const std::vector<std::string>& arguments) {
+  platform::ignoreBrokenPipes();
+  const Invocation invocation = parseArguments(arguments);
+  const int32_t exitCode = runInvocation(invocation);
+  // The MCP server's reader going away is its end of input, not a failure.
+  if (invocation.action == Invocation::Action::mcp) return exitCode;
+  // Output that didn't arrive is a failure whatever the command did, as it is for the system's own tools.
+  if (const auto failure = platform::outputFailure()) {
+    platform::writeErr("corvane: write error: " + *failure + "\n");
+    return ExitCode::failed;
+  }
+  return exitCode;
 }
 
 }  // namespace corvane
