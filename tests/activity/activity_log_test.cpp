@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <grp.h>
 #include <set>
 #include <unistd.h>
 
@@ -70,7 +71,7 @@ TEST(ActivityLogTest, CompactLinesOtherWritersLinesKeptRacingAppendsAllLandNoMor
   std::filesystem::permissions(std::filesystem::path(log.path).parent_path(), std::filesystem::perms::all);
   std::filesystem::permissions(log.path, std::filesystem::perms::none);
   testing_support::Process locked([&log] {
-    if (getuid() == 0 && setuid(65534) != 0) _exit(2);
+    if (getuid() == 0 && (setgroups(0, nullptr) != 0 || setgid(65534) != 0 || setuid(65534) != 0)) _exit(2);
     log.append(entries("lost", 1));
   });
   EXPECT_EQ(locked.waitExit(), 0);
