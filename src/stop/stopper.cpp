@@ -18,7 +18,7 @@ bool succeeded(const std::optional<Tools::Output>& output) { return output && ou
 
 // Not knowing whether a process still runs is never taken for its end.
 Result unreadable(const Item& item, int error) {
-  return Result::failed("Corvane couldn't read the state of " + item.title + ": " + std::strerror(error) + ".");
+  return Result::failed(item.title + "'s processes couldn't be read: " + std::strerror(error) + ".");
 }
 
 Result waitFor(const Item& item, const Owned& owned, double wait) {

@@ -84,7 +84,7 @@ TEST(ProcessChecksTest, AProcessThatCantBeReadIsNeverGone) {
   row.title = "Sleeper";
   row.pids = {seen.pid};
   row.stop = Stop::signal();
-  const auto failed = Stopper::Result::failed("Corvane couldn't read the state of Sleeper: Too many open files.");
+  const auto failed = Stopper::Result::failed("Sleeper's processes couldn't be read: Too many open files.");
   {
     const NoDescriptorLeft exhausted;
     EXPECT_EQ(checkProcess(seen), (ProcessCheck{ProcessCheck::State::unknown, EMFILE}));
