@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <string_view>
 
 #include "base/lines.h"
 #include "platform/file_lock.h"
@@ -24,6 +25,29 @@ void createDirectoryOf(const std::string& path) {
 // (a string that isn't valid UTF-8).
 std::optional<std::string> encodeLine(const Activity& entry) { return encodeCompactJSON(toJSON(entry)); }
 
+// Replaces the file with the last `maxEntries` of `lines`, joined by newlines.
+void replaceWithLines(const std::string& path, const std::vector<std::string>& lines, size_t maxEntries) {
+  const size_t first = lines.size() > maxEntries ? lines.size() - maxEntries : 0;
+  std::string bytes;
+  for (size_t i = first; i < lines.size(); ++i) {
+    if (!bytes.empty()) bytes += '\n';
+    bytes += lines[i];
+  }
+  createDirectoryOf(path);
+  platform::replaceFileAtomically(path, bytes, platform::FileAccess::everyone);
+}
+
+// Every line that is a JSON object, as it is: the desktop app may write kinds, keys and dates this build
+// can't decode, and they are its entries all the same. Anything else is no one's entry.
+std::vector<std::string> objectLines(std::string_view text) {
+  std::vector<std::string> lines;
+  for (const std::string_view line : splitLines(text)) {
+    if (line.empty()) continue;
+    if (nlohmann::json::parse(line.begin(), line.end(), nullptr, false).is_object()) lines.emplace_back(line);
+  }
+  return lines;
+}
+
 }  // namespace
 
 ActivityLog ActivityLog::standard() {
@@ -45,16 +69,10 @@ std::vector<Activity> ActivityLog::read() const {
 }
 
 void ActivityLog::write(const std::vector<Activity>& entries) const {
-  const size_t first = entries.size() > maxEntries ? entries.size() - maxEntries : 0;
-  std::string bytes;
-  for (size_t i = first; i < entries.size(); ++i) {
-    auto line = encodeLine(entries[i]);
-    if (!line) continue;
-    if (!bytes.empty()) bytes += '\n';
-    bytes += *line;
-  }
-  createDirectoryOf(path);
-  platform::replaceFileAtomically(path, bytes, platform::FileAccess::everyone);
+  std::vector<std::string> lines;
+  for (const Activity& entry : entries)
+    if (auto line = encodeLine(entry)) lines.push_back(std::move(*line));
+  replaceWithLines(path, lines, maxEntries);
 }
 
 void ActivityLog::append(const std::vector<Activity>& entries) const {
@@ -62,9 +80,13 @@ void ActivityLog::append(const std::vector<Activity>& entries) const {
   createDirectoryOf(path);
   // Held until the end of this call; when the lock file can't be opened the cycle runs unlocked.
   const platform::ExclusiveFileLock lock(lockPath());
-  auto all = read();
-  all.insert(all.end(), entries.begin(), entries.end());
-  write(all);
+  const platform::FileContents existing = platform::readWholeFile(path);
+  // Rewriting a log that is there but can't be read would lose every entry in it.
+  if (existing.state == platform::FileState::unreadable) return;
+  std::vector<std::string> lines = objectLines(existing.bytes);
+  for (const Activity& entry : entries)
+    if (auto line = encodeLine(entry)) lines.push_back(std::move(*line));
+  replaceWithLines(path, lines, maxEntries);
 }
 
 }  // namespace corvane

@@ -2,8 +2,10 @@
 // The activity log shared with the desktop app and every other run of this program: one compact JSON
 // object per line, oldest first, no newline after the last, at most `maxEntries` lines. Appends take an
 // exclusive lock on the file beside it named like the log plus ".lock"; writes replace the file atomically,
-// so readers that don't lock still see a whole file. Nothing here fails loudly: unreadable lines,
-// directories that can't be made and failed writes only cost the entries concerned.
+// so readers that don't lock still see a whole file. An append never loses another writer's entry: it
+// keeps every line that is a JSON object byte for byte, decodable or not, and leaves a log it can't read
+// untouched. Nothing here fails loudly: directories that can't be made and failed writes only cost the
+// new entries.
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -25,7 +27,9 @@ struct ActivityLog {
   std::vector<Activity> read() const;
   // Replaces the file with the last `maxEntries` of `entries`.
   void write(const std::vector<Activity>& entries) const;
-  // Adds `entries` after the existing ones under the lock. Touches nothing when `entries` is empty.
+  // Adds `entries` after the existing lines under the lock, dropping only lines that are not JSON objects
+  // and, past `maxEntries` lines, the oldest. Touches nothing when `entries` is empty or the log exists
+  // but can't be read.
   void append(const std::vector<Activity>& entries) const;
 };
 

@@ -38,9 +38,19 @@ int32_t dispatch(const Invocation& invocation) {
 
 int32_t runMain(const std::vector<std::string>& arguments) {
   platform::catchInterrupts();
-  const int32_t code = dispatch(parseArguments(arguments));
+  platform::ignoreBrokenPipes();
+  const Invocation invocation = parseArguments(arguments);
+  const int32_t exitCode = dispatch(invocation);
   // An interrupted stop has finished and been recorded; the exit tells the caller it was cut short.
-  return platform::interruptExitCode().value_or(code);
+  if (const auto interrupted = platform::interruptExitCode()) return *interrupted;
+  // The MCP server's reader going away is its end of input, not a failure.
+  if (invocation.action == Invocation::Action::mcp) return exitCode;
+  // Output that didn't arrive is a failure whatever the command did, as it is for the system's own tools.
+  if (const auto failure = platform::outputFailure()) {
+    platform::writeErr("corvane: write error: " + *failure + "\n");
+    return ExitCode::failed;
+  }
+  return exitCode;
 }
 
 }  // namespace corvane

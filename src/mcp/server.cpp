@@ -44,7 +44,9 @@ int32_t serve() {
     if (!line) break;
     if (!line->empty() && line->back() == '\r') line->pop_back();
     if (line->empty()) continue;
-    if (auto reply = handle(*line, version, runner)) platform::writeOut(*reply + "\n");
+    const auto reply = handle(*line, version, runner);
+    // A reader that has gone ends the session as the end of input does, once the call is complete.
+    if (reply && !platform::writeOut(*reply + "\n")) break;
   }
   platform::closeDefaults();
   return ExitCode::done;

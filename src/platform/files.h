@@ -15,7 +15,8 @@ struct FileContents {
   std::string bytes;  // what was read; complete only when `state` is `read`
 };
 
-// The whole file. More than `limit` bytes make it unreadable, so a huge file is never held in memory.
+// The whole file. Only a regular file is read: anything else (a FIFO, a device) is unreadable, and never
+// waited for. More than `limit` bytes make it unreadable, so a huge file is never held in memory.
 FileContents readWholeFile(const std::string& path, size_t limit = std::numeric_limits<size_t>::max());
 // The bytes of a file that could be read in full, else absent.
 std::optional<std::string> readFile(const std::string& path, size_t limit = std::numeric_limits<size_t>::max());

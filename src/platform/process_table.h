@@ -81,10 +81,20 @@ struct ScannedProcess {
 // is none or it cannot be read.
 std::optional<Date> processStarted(int32_t pid);
 
-// For the stopper's wait: the process has exited (or is a zombie, or cannot be read any more).
+// The process has exited (or is a zombie, or cannot be read any more).
 bool processGone(int32_t pid);
-// The same, and also when the pid now names a process other than the scanned one.
-bool processGone(const ScannedProcess& process);
+
+// What the stopper learns of a scanned process now. It is gone only when the system says there is no
+// such process, when it is a zombie, or when its pid names a newer process; any other failure to read
+// it (no descriptor left, no permission, an I/O error) leaves it unknown, never gone.
+struct ProcessCheck {
+  enum class State { running, gone, unknown };
+  State state = State::gone;
+  int error = 0;  // when unknown: the errno of the reading that failed
+
+  bool operator==(const ProcessCheck&) const = default;
+};
+ProcessCheck checkProcess(const ScannedProcess& process);
 
 // For the stopper's ownership test.
 struct ProcessOwner {

@@ -1,8 +1,8 @@
 #pragma once
-// Property lists (binary or XML) read with libplist. libplist stops the whole program on a string or
-// key that holds a NUL character, and in a binary list it silently cuts such a string short; bytes
-// that would lead to either are refused before libplist parses them, so that a corrupt file of
-// another program is only unreadable.
+// Property lists (binary or XML) read with libplist. Bytes that would stop, crash or exhaust libplist
+// (NUL characters in strings, deep nesting, trees that expand past memory) are refused before it parses
+// them, so that a corrupt file of another program is only unreadable.
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,6 +16,9 @@ struct PlistFree {
   void operator()(void* node) const { plist_free(static_cast<plist_t>(node)); }
 };
 using PlistTree = std::unique_ptr<void, PlistFree>;
+
+// Settings files, device.plist and Info.plist are a few kilobytes; anything far larger is not one.
+constexpr size_t maxPlistBytes = 4 * 1024 * 1024;
 
 // The list when its top is a dictionary; null for any other list and for bytes that are refused.
 PlistTree parsePlistDictionary(std::string_view bytes);

@@ -28,8 +28,11 @@ Owned ownedProcesses(const Item& item, const StartTimes& started) {
     const auto recorded = started.find(pid);
     if (recorded == started.end()) continue;
     const platform::ScannedProcess process{pid, recorded->second};
-    if (platform::processGone(process))
+    const platform::ProcessCheck check = platform::checkProcess(process);
+    if (check.state == platform::ProcessCheck::State::gone)
       ++gone;
+    else if (check.state == platform::ProcessCheck::State::unknown)
+      owned.unreadable = check.error;
     else if (mayStop(pid))
       owned.processes.push_back(process);
   }
@@ -45,16 +48,23 @@ bool mayStop(int32_t pid) {
   return !inSystemLocation(*owner->path);
 }
 
-bool waitGone(const std::vector<platform::ScannedProcess>& processes, double seconds) {
+Wait waitGone(const std::vector<platform::ScannedProcess>& processes, double seconds) {
   const auto deadline = std::chrono::steady_clock::now() +
                         std::chrono::duration_cast<std::chrono::steady_clock::duration>(
                             std::chrono::duration<double>(seconds));
   std::vector<platform::ScannedProcess> left = processes;
   while (true) {
-    // A process found gone is not asked about again: by the next check its pid may name a new one.
-    std::erase_if(left, [](const platform::ScannedProcess& process) { return platform::processGone(process); });
-    if (left.empty()) return true;
-    if (std::chrono::steady_clock::now() > deadline || platform::interrupted()) return false;
+    // A process found gone is not asked about again: by the next check its pid may name a new one. One
+    // that can't be read is asked again; the last answer stands at the deadline.
+    int unreadable = 0;
+    std::erase_if(left, [&unreadable](const platform::ScannedProcess& process) {
+      const platform::ProcessCheck check = platform::checkProcess(process);
+      if (check.state == platform::ProcessCheck::State::unknown) unreadable = check.error;
+      return check.state == platform::ProcessCheck::State::gone;
+    });
+    if (left.empty()) return {};
+    if (std::chrono::steady_clock::now() > deadline || platform::interrupted())
+      return unreadable != 0 ? Wait{Wait::State::unknown, unreadable} : Wait{Wait::State::running};
     std::this_thread::sleep_for(pollInterval);
   }
 }

@@ -1,5 +1,7 @@
 #include "stop/stopper.h"
 
+#include <cstring>
+
 #include "platform/signals.h"
 
 namespace corvane::Stopper {
@@ -14,8 +16,22 @@ using platform::ScannedProcess;
 
 bool succeeded(const std::optional<Tools::Output>& output) { return output && output->status == 0; }
 
-Result waitFor(const Owned& owned, double wait) {
-  return waitGone(owned.processes, wait) ? Result::stopped() : Result::stillRunning();
+// Not knowing whether a process still runs is never taken for its end.
+Result unreadable(const Item& item, int error) {
+  return Result::failed(item.title + "'s processes couldn't be read: " + std::strerror(error) + ".");
+}
+
+Result waitFor(const Item& item, const Owned& owned, double wait) {
+  const Wait ended = waitGone(owned.processes, wait);
+  switch (ended.state) {
+    case Wait::State::gone:
+      return Result::stopped();
+    case Wait::State::running:
+      return Result::stillRunning();
+    case Wait::State::unknown:
+      return unreadable(item, ended.error);
+  }
+  return Result::stillRunning();
 }
 
 // Nothing to signal: done when the processes have all gone by themselves, else none was ours.
@@ -42,7 +58,7 @@ Result kill(const Item& item, const Owned& owned, const Tools& tools, double wai
   if (const auto* containers = item.stop->as<Stop::Containers>()) return dockerCommand(*containers, tools, "kill");
   if (owned.processes.empty()) return nothingToSignal(item, owned);
   signalAll(owned, platform::StopSignal::kill);
-  return waitFor(owned, wait);
+  return waitFor(item, owned, wait);
 }
 
 Result shutDownSimulator(const Item& item, const Stop::Simulator& simulator, const Owned& owned,
@@ -54,17 +70,17 @@ Result shutDownSimulator(const Item& item, const Stop::Simulator& simulator, con
   arguments.insert(arguments.end(), {"shutdown", simulator.udid});
   if (!succeeded(run(*xcrun, arguments, simctlTimeout)))
     return Result::failed("simctl couldn't shut down " + item.title + ".");
-  return waitFor(owned, wait);
+  return waitFor(item, owned, wait);
 }
 
 // adb asks the emulator to quit; when that can't be done the emulator gets SIGTERM like any process.
-Result stopEmulator(const Stop::Emulator& emulator, const Owned& owned, const Tools& tools,
+Result stopEmulator(const Item& item, const Stop::Emulator& emulator, const Owned& owned, const Tools& tools,
                     double wait) {
   const std::string* adb = tools.path("adb");
   const bool asked =
       adb && emulator.serial && succeeded(run(*adb, {"-s", *emulator.serial, "emu", "kill"}, adbTimeout));
   if (!asked) signalAll(owned, platform::StopSignal::terminate);
-  return waitFor(owned, wait);
+  return waitFor(item, owned, wait);
 }
 
 Result terminate(const Item& item, const Owned& owned, double wait) {
@@ -76,7 +92,7 @@ Result terminate(const Item& item, const Owned& owned, double wait) {
   if (!delivered)
     return Result::failed(std::string(platform::systemName()) + " doesn't let this version stop " + item.title +
                           ". Stop it in Terminal.");
-  return waitFor(owned, wait);
+  return waitFor(item, owned, wait);
 }
 
 }  // namespace
@@ -84,10 +100,11 @@ Result terminate(const Item& item, const Owned& owned, double wait) {
 Result stop(const Item& item, const StartTimes& started, const Tools& tools, bool force, double wait) {
   if (!item.stop) return Result::failed(item.title + " isn't stopped by Corvane.");
   const Owned owned = ownedProcesses(item, started);
+  if (owned.unreadable != 0) return unreadable(item, owned.unreadable);
   if (force) return kill(item, owned, tools, wait);
   if (const auto* simulator = item.stop->as<Stop::Simulator>())
     return shutDownSimulator(item, *simulator, owned, tools, wait);
-  if (const auto* emulator = item.stop->as<Stop::Emulator>()) return stopEmulator(*emulator, owned, tools, wait);
+  if (const auto* emulator = item.stop->as<Stop::Emulator>()) return stopEmulator(item, *emulator, owned, tools, wait);
   if (const auto* containers = item.stop->as<Stop::Containers>()) return dockerCommand(*containers, tools, "stop");
   return terminate(item, owned, wait);
 }

@@ -42,6 +42,7 @@ Result stop(const Item& item, const StartTimes& started, const Tools& tools, boo
 struct Owned {
   std::vector<platform::ScannedProcess> processes;
   bool allGone = false;  // the row had processes and every one has ended
+  int unreadable = 0;    // the errno of a process that couldn't be read, which is neither gone nor touched
 };
 
 Owned ownedProcesses(const Item& item, const StartTimes& started);
@@ -50,8 +51,18 @@ Owned ownedProcesses(const Item& item, const StartTimes& started);
 // user's own, with a readable executable outside the system's locations.
 bool mayStop(int32_t pid);
 
-// True once every process has exited (a zombie, and a pid that names another process by now, count
-// as gone) within `seconds`. Checks before the first pause, then every 200 ms.
-bool waitGone(const std::vector<platform::ScannedProcess>& processes, double seconds);
+// How the wait for a row's processes ended: all gone, some still running, or some that could not be read
+// at the last check (`error` then holds why).
+struct Wait {
+  enum class State { gone, running, unknown };
+  State state = State::gone;
+  int error = 0;
+
+  bool operator==(const Wait&) const = default;
+};
+
+// Gone once every process has exited (a zombie, and a pid that names another process by now, count as
+// gone) within `seconds`. Checks before the first pause, then every 200 ms.
+Wait waitGone(const std::vector<platform::ScannedProcess>& processes, double seconds);
 
 }  // namespace corvane::Stopper

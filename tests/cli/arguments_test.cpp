@@ -1,8 +1,12 @@
 #include "cli/arguments.h"
 
+#include <filesystem>
+#include <sys/stat.h>
+
 #include <gtest/gtest.h>
 
 #include "cli/usage.h"
+#include "support/fake_programs.h"
 #include "support/process.h"
 
 namespace corvane {
@@ -67,6 +71,24 @@ TEST(ExecutableTest, HelpUsageAndGigabytesGoToTheirStreams) {
     EXPECT_EQ(r.err, c.err);
   }
   EXPECT_EQ(gigabytes, "free takes gigabytes, e.g. `corvane free 2`.\n");
+}
+
+// Output that can't be written: to a full disk, or to a reader that has gone before the first line. A
+// command says so and fails; the MCP server ends as it does at the end of its input.
+TEST(ExecutableTest, OutputThatCantBeWritten) {
+  const std::string dir = testing_support::makeTempDir("output");
+  ASSERT_EQ(mkfifo((dir + "/gate").c_str(), 0600), 0);
+  // The reader closes its end, then opens the gate; only then does the writer go on.
+  const std::string script = R"(cd "$1"
+{ cat gate >/dev/null; "$0" status; echo "status $?" >&2; } | { exec 0<&-; : >gate; }
+{ cat gate >/dev/null; echo '{"jsonrpc":"2.0","id":1,"method":"ping"}'; } | { "$0" mcp; echo "mcp $?" >&2; } |
+  { exec 0<&-; : >gate; })";
+  const auto gone = testing_support::runProgram("/bin/sh", {"-c", script, CORVANE_EXE, dir});
+  EXPECT_EQ(gone.err, "corvane: write error: Broken pipe\nstatus 1\nmcp 0\n");
+  if (!std::filesystem::exists("/dev/full")) return;
+  const auto full = testing_support::runProgram("/bin/sh", {"-c", R"("$0" status >/dev/full)", CORVANE_EXE});
+  EXPECT_EQ(full.exitCode, 1);
+  EXPECT_EQ(full.err, "corvane: write error: No space left on device\n");
 }
 
 }  // namespace

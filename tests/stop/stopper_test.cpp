@@ -131,9 +131,10 @@ TEST(StopperTest, SignalsAndTheirWait) {
   // An exited process counts as gone before it is reaped.
   Process exited([] {});  // a zombie until the test reaps it
   Sleeper sleeper;
-  EXPECT_TRUE(Stopper::waitGone({}, 0));
-  EXPECT_TRUE(Stopper::waitGone({scanned(exited.pid())}, 5));
-  EXPECT_FALSE(Stopper::waitGone({scanned(exited.pid()), scanned(sleeper.pid())}, 0.3));
+  using Wait = Stopper::Wait;
+  EXPECT_EQ(Stopper::waitGone({}, 0), Wait{});
+  EXPECT_EQ(Stopper::waitGone({scanned(exited.pid())}, 5), Wait{});
+  EXPECT_EQ(Stopper::waitGone({scanned(exited.pid()), scanned(sleeper.pid())}, 0.3), Wait{Wait::State::running});
 }
 
 // Devices and containers are stopped through their tools: fake ones that log their arguments, and

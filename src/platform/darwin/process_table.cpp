@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <arpa/inet.h>
+#include <cerrno>
 #include <chrono>
 #include <libproc.h>
 #include <mach/kern_return.h>
@@ -210,10 +211,17 @@ bool processGone(int32_t pid) {
   return !info || info->pbi_status == SZOMB;
 }
 
-bool processGone(const ScannedProcess& process) {
-  if (process.pid < 1) return true;
-  const auto info = bsdInfo(process.pid);
-  return !info || info->pbi_status == SZOMB || startOf(*info) != process.started;
+ProcessCheck checkProcess(const ScannedProcess& process) {
+  using State = ProcessCheck::State;
+  if (process.pid < 1) return {State::gone};
+  proc_bsdinfo info{};
+  errno = 0;
+  const int size = proc_pidinfo(process.pid, PROC_PIDTBSDINFO, 0, &info, bsdInfoSize);
+  // ESRCH is the one answer that means there is no such process.
+  if (size <= 0 && errno == ESRCH) return {State::gone};
+  if (size != bsdInfoSize) return {State::unknown, errno != 0 ? errno : EIO};
+  if (info.pbi_status == SZOMB || startOf(info) != process.started) return {State::gone};
+  return {State::running};
 }
 
 // The user of a process is the one its BSD record names, the same reading the snapshot filters on.

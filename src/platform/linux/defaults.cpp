@@ -91,7 +91,7 @@ DefaultsStore DefaultsStore::appSuite() {
 }
 
 std::optional<DefaultsDictionary> DefaultsStore::readDictionary(const std::string& key) const {
-  const auto contents = readFile(file_);
+  const auto contents = readFile(file_, maxPlistBytes);
   if (!contents) return std::nullopt;
   const PlistTree root = parsePlistDictionary(*contents);
   if (!root) return std::nullopt;
@@ -103,7 +103,7 @@ std::optional<DefaultsDictionary> DefaultsStore::readDictionary(const std::strin
 bool DefaultsStore::writeDictionary(const std::string& key, const DefaultsDictionary& dictionary) const {
   const auto lock = os::defaultsWriteLock();
   if (!lock.owns_lock()) return false;
-  const FileContents contents = readWholeFile(file_);
+  const FileContents contents = readWholeFile(file_, maxPlistBytes);
   PlistTree root;
   switch (contents.state) {
     case FileState::unreadable:

@@ -1,5 +1,6 @@
 #include "platform/process_table.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <unordered_map>
 #include <unordered_set>
@@ -267,9 +268,22 @@ std::optional<Date> processStarted(int32_t pid) {
 
 bool processGone(int32_t pid) { return exited(statOf(pid)); }
 
-bool processGone(const ScannedProcess& process) {
-  const auto stat = statOf(process.pid);
-  return exited(stat) || dateFromTicks(stat->starttime) != process.started;
+ProcessCheck checkProcess(const ScannedProcess& process) {
+  using State = ProcessCheck::State;
+  if (process.pid < 1) return {State::gone};
+  char path[32];
+  std::snprintf(path, sizeof path, "/proc/%d/stat", process.pid);
+  std::vector<char> buffer(1024);
+  errno = 0;
+  const auto text = readAt(AT_FDCWD, path, buffer);
+  // ENOENT: no such pid; ESRCH: it exited after the open. An empty file is one that exited in between too.
+  if (!text && (errno == ENOENT || errno == ESRCH)) return {State::gone};
+  if (!text) return {State::unknown, errno != 0 ? errno : EIO};
+  if (text->empty()) return {State::gone};
+  const auto stat = parseStat(*text);
+  if (!stat) return {State::unknown, EIO};
+  if (exited(stat) || dateFromTicks(stat->starttime) != process.started) return {State::gone};
+  return {State::running};
 }
 
 std::optional<ProcessOwner> processOwner(int32_t pid) {

@@ -18,8 +18,8 @@ SignalResult sendSignal(const ScannedProcess& process, StopSignal signal) {
     if (errno == ESRCH) return SignalResult::gone;
     return os::killIfStillScanned(process, signal);  // a kernel without pidfds (before 5.3)
   }
-  SignalResult result = SignalResult::gone;
-  if (processStarted(process.pid) == process.started) {
+  SignalResult result = os::stillScanned(process);
+  if (result == SignalResult::sent) {
     result = syscall(SYS_pidfd_send_signal, pidfd, os::signalNumber(signal), nullptr, 0) == 0
                  ? SignalResult::sent
                  : os::failedSignal(errno);

@@ -1,6 +1,7 @@
 #include "platform/files.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -12,9 +13,17 @@ namespace corvane::platform {
 
 FileContents readWholeFile(const std::string& path, size_t limit) {
   FileContents contents;
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  // Without O_NONBLOCK, opening a FIFO waits for a writer that may never come.
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (fd < 0) {
     contents.state = errno == ENOENT ? FileState::missing : FileState::unreadable;
+    return contents;
+  }
+  // Only a regular file has an end: a FIFO, a socket or a device such as /dev/zero is not a file to read.
+  struct stat status {};
+  if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode) || static_cast<uint64_t>(status.st_size) > limit) {
+    close(fd);
+    contents.state = FileState::unreadable;
     return contents;
   }
   contents.state = FileState::read;

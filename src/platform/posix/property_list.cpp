@@ -1,65 +1,13 @@
 #include "platform/property_list.h"
 
 #include <cstdint>
-#include <cstdlib>
-#include <limits>
 
 #include "platform/files.h"
+#include "platform/posix/property_list_screen.h"
 
 namespace corvane::platform {
 
 namespace {
-
-uint64_t readBigEndian(const unsigned char* bytes, size_t width) {
-  uint64_t value = 0;
-  for (size_t i = 0; i < width; ++i) value = value << 8 | bytes[i];
-  return value;
-}
-
-// Walks every object of a binary list's offset table and refuses the list when a string (ASCII or
-// UTF-16) holds a NUL character, or when the table points outside the objects. Stricter than
-// libplist about the table, which only makes more broken files unreadable.
-bool binaryStringsAreWhole(std::string_view bytes) {
-  constexpr size_t headerSize = 8;
-  constexpr size_t trailerSize = 32;
-  if (bytes.size() < headerSize + trailerSize) return false;
-  const auto* data = reinterpret_cast<const unsigned char*>(bytes.data());
-  const size_t end = bytes.size() - trailerSize;
-  const unsigned char* trailer = data + end;
-  const size_t offsetWidth = trailer[6];
-  const uint64_t count = readBigEndian(trailer + 8, 8);
-  const uint64_t table = readBigEndian(trailer + 24, 8);
-  if (offsetWidth < 1 || offsetWidth > 8 || table > end || count > (end - table) / offsetWidth) return false;
-  for (uint64_t i = 0; i < count; ++i) {
-    const uint64_t at = readBigEndian(data + table + i * offsetWidth, offsetWidth);
-    if (at >= end) return false;
-    const unsigned type = data[at] >> 4;
-    if (type != 0x5 && type != 0x6) continue;
-    uint64_t length = data[at] & 0x0F;
-    uint64_t position = at + 1;
-    if (length == 0x0F) {
-      if (position >= end || data[position] >> 4 != 0x1 || (data[position] & 0x0F) > 3) return false;
-      const size_t width = size_t{1} << (data[position] & 0x0F);
-      if (width > end - position - 1) return false;
-      length = readBigEndian(data + position + 1, width);
-      position += 1 + width;
-    }
-    const uint64_t unit = type == 0x5 ? 1 : 2;
-    if (length > (end - position) / unit) return false;
-    for (uint64_t k = 0; k < length; ++k) {
-      const unsigned char* character = data + position + k * unit;
-      if (character[0] == 0 && (unit == 1 || character[1] == 0)) return false;
-    }
-  }
-  return true;
-}
-
-bool bytesAreWhole(std::string_view bytes) {
-  constexpr std::string_view binaryMagic = "bplist00";
-  if (bytes.starts_with(binaryMagic)) return binaryStringsAreWhole(bytes);
-  // XML has no NUL character at all.
-  return bytes.find('\0') == std::string_view::npos;
-}
 
 std::optional<std::string> binaryForm(plist_t root) {
   char* bytes = nullptr;
@@ -74,9 +22,16 @@ std::optional<std::string> binaryForm(plist_t root) {
 }  // namespace
 
 PlistTree parsePlistDictionary(std::string_view bytes) {
-  if (bytes.size() > std::numeric_limits<uint32_t>::max() || !bytesAreWhole(bytes)) return nullptr;
+  if (bytes.size() > maxPlistBytes) return nullptr;
+  const auto form = os::screenPlist(bytes);
+  if (!form) return nullptr;
+  // Parsed in the form that was screened: libplist's own guess also tries forms the screen doesn't know.
   plist_t root = nullptr;
-  plist_from_memory(bytes.data(), static_cast<uint32_t>(bytes.size()), &root);
+  const auto size = static_cast<uint32_t>(bytes.size());
+  if (form == os::PlistForm::binary)
+    plist_from_bin(bytes.data(), size, &root);
+  else
+    plist_from_xml(bytes.data(), size, &root);
   PlistTree owned(root);
   if (!root || plist_get_node_type(root) != PLIST_DICT) return nullptr;
   return owned;
@@ -108,8 +63,6 @@ bool plistSurvivesXML(plist_t root) {
 }
 
 std::optional<std::string> plistStringValue(const std::string& path, const std::string& key) {
-  // These files are a few kilobytes; anything far larger is not one.
-  constexpr size_t maxPlistBytes = 16 * 1024 * 1024;
   const auto contents = readFile(path, maxPlistBytes);
   if (!contents) return std::nullopt;
   const auto root = parsePlistDictionary(*contents);

@@ -17,10 +17,22 @@ SignalResult failedSignal(int error) {
   return error == ESRCH ? SignalResult::gone : SignalResult::failed;
 }
 
+SignalResult stillScanned(const ScannedProcess& process) {
+  switch (checkProcess(process).state) {
+    case ProcessCheck::State::running:
+      return SignalResult::sent;
+    case ProcessCheck::State::gone:
+      return SignalResult::gone;
+    case ProcessCheck::State::unknown:
+      return SignalResult::failed;
+  }
+  return SignalResult::failed;
+}
+
 SignalResult killIfStillScanned(const ScannedProcess& process, StopSignal signal) {
   // kill() with 0 or a negative pid reaches whole process groups; the stopper means one process.
   if (process.pid < 1) return SignalResult::failed;
-  if (processStarted(process.pid) != process.started) return SignalResult::gone;
+  if (const SignalResult check = stillScanned(process); check != SignalResult::sent) return check;
   if (::kill(process.pid, signalNumber(signal)) == 0) return SignalResult::sent;
   return failedSignal(errno);
 }

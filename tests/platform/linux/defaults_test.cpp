@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/property_list.h"
 #include "support/fake_programs.h"
 #include "support/process.h"
 
@@ -81,11 +82,46 @@ TEST(DefaultsTest, WritesAreXMLAndKeepEveryOtherValueBinarySuitesAreRead) {
   EXPECT_EQ(formOf(after, true), formOf(others(), true));
 }
 
+// A binary list {"pins": [[...]]} of arrays `levels` deep, each holding `width` references to the next.
+std::string binaryChain(size_t levels, size_t width) {
+  std::string bytes = "bplist00";
+  std::vector<size_t> offsets;
+  const auto reference = [&bytes](size_t index) { bytes += {static_cast<char>(index >> 8), static_cast<char>(index)}; };
+  offsets.push_back(bytes.size());
+  bytes += '\xD1';  // a dictionary of one key, then the key and the value
+  reference(1);
+  reference(2);
+  offsets.push_back(bytes.size());
+  bytes += "\x54pins";
+  for (size_t level = 0; level < levels; ++level) {
+    offsets.push_back(bytes.size());
+    const size_t count = level + 1 < levels ? width : 0;
+    bytes += static_cast<char>(0xA0 | count);
+    for (size_t k = 0; k < count; ++k) reference(3 + level);
+  }
+  const auto bigEndian = [&bytes](uint64_t value, int width) {
+    for (int shift = 8 * (width - 1); shift >= 0; shift -= 8) bytes += static_cast<char>(value >> shift);
+  };
+  const size_t table = bytes.size();
+  for (size_t offset : offsets) bigEndian(offset, 4);
+  bytes += std::string(6, '\0') + "\x04\x02";  // offsets of 4 bytes, references of 2
+  bigEndian(offsets.size(), 8);
+  bigEndian(0, 8);
+  bigEndian(table, 8);
+  return bytes;
+}
+
 // A NUL character in any string or key makes the whole suite unreadable and leaves it unwritten, as
-// does a file that is no property list; a value that XML can't carry back unchanged leaves it unwritten
-// too, though the rest stays readable.
+// do a file that is no property list and one that would crash libplist or exhaust the memory (deep
+// nesting, references that expand to billions of nodes, a file past the size cap); a value that XML
+// can't carry back unchanged leaves it unwritten too, though the rest stays readable.
 TEST(DefaultsTest, CorruptOrUnfaithfulSuitesAreNeverWrittenNorAnyOnceClosed) {
   const std::string dir = testing_support::makeTempDir("corrupt");
+  const auto repeated = [](const std::string& tag) {
+    std::string text;
+    for (int i = 0; i < 30'000; ++i) text += tag;
+    return text + "</dict></plist>";
+  };
   const auto nulled = [](plist_t root, bool binary) {  // "~" becomes NUL: a UTF-16 one after "é"
     std::string form = formOf(root, binary);
     std::replace(form.begin(), form.end(), '~', '\0');
@@ -101,6 +137,10 @@ TEST(DefaultsTest, CorruptOrUnfaithfulSuitesAreNeverWrittenNorAnyOnceClosed) {
       {"XML miss", nulled(dictOf({{"toolMisses", dictOf({{"ad~b", plist_new_date(0, 0)}})}}), false), false},
       {"date fraction", formOf(dictOf({{"pins", dictOf({})}, {"d", plist_new_date(1, 5)}}), true), true},
       {"no property list", "not a property list", false},
+      {"XML nested 30,000 deep", "<plist><dict><key>pins</key>" + repeated("<array>") + repeated("</array>"), false},
+      {"binary nested 30,000 deep", binaryChain(30'000, 1), false},
+      {"binary of 2^40 nodes", binaryChain(40, 2), false},
+      {"past the size cap", formOf(dictOf({{"pins", dictOf({})}}), false) + std::string(maxPlistBytes, ' '), false},
   };
   for (const auto& c : cases) {
     const DefaultsStore store(dir + "/suite.plist");
@@ -110,6 +150,19 @@ TEST(DefaultsTest, CorruptOrUnfaithfulSuitesAreNeverWrittenNorAnyOnceClosed) {
     EXPECT_FALSE(store.writeDictionary("toolMisses", {{"adb", dateFromSeconds(1767225600)}})) << c.what;
     EXPECT_EQ(readFile(store.file()), c.bytes) << c.what;
   }
+
+  // Only regular files are read: a FIFO that no one writes to and an endless device are unreadable at
+  // once, and stay what they are. In a child process, so that a wait for ever fails the test.
+  const std::string fifo = dir + "/fifo.plist", zero = dir + "/zero.plist";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  std::filesystem::create_symlink("/dev/zero", zero);
+  testing_support::Process reader([&] {
+    for (const std::string& file : {fifo, zero})
+      if (DefaultsStore(file).readDictionary("pins") || DefaultsStore(file).writeDictionary("pins", {})) _exit(1);
+  });
+  EXPECT_EQ(reader.waitExit(10), 0);
+  EXPECT_TRUE(std::filesystem::is_fifo(fifo));
+  EXPECT_EQ(std::filesystem::read_symlink(zero), "/dev/zero");
 
   // In a child process of its own, since closing is for the rest of the process's life.
   testing_support::Process child([&] {
