@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "cli/usage.h"
 #include "support/process.h"
 
@@ -67,6 +69,11 @@ TEST(ExecutableTest, HelpUsageAndGigabytesGoToTheirStreams) {
     EXPECT_EQ(r.err, c.err);
   }
   EXPECT_EQ(gigabytes, "free takes gigabytes, e.g. `corvane free 2`.\n");
+  EXPECT_EQ(std::count(usage.begin(), usage.end(), '\n'), 16);
+#ifndef __APPLE__
+  // Linux has no Mac and no desktop app to compare with.
+  for (const char* word : {"Mac", "Blankwash"}) EXPECT_EQ(usage.find(word), std::string::npos) << word;
+#endif
 }
 
 }  // namespace

@@ -118,6 +118,12 @@ TEST(HandlerTest, TheHandshakeVersionIsNegotiatedPerRequestVersionsDecorateOrFai
   EXPECT_EQ(discover["resultType"], "complete");
   EXPECT_EQ(discover["supportedVersions"].size(), 5u);
   EXPECT_TRUE(discover["_meta"].contains("io.modelcontextprotocol/serverInfo"));
+  // Both give the agent the same instructions, and on Linux they speak of no Mac and no simulator.
+  const auto instructions = result["instructions"].get<std::string>();
+  EXPECT_EQ(discover["instructions"], instructions);
+#ifndef __APPLE__
+  for (const char* word : {"Mac", "simulator"}) EXPECT_EQ(instructions.find(word), std::string::npos) << word;
+#endif
 }
 
 // Through the handler a whole number is the target's text and an empty one is refused; here, the rest.
