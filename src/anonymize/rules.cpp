@@ -71,10 +71,10 @@ std::string rewriteComponent(RewriteState& state, std::string_view component) {
 }
 
 std::string rewritePath(RewriteState& state, std::string_view path, LastComponent lastComponent) {
-  std::string text(path);
   const std::string_view home = state.home;
-  if (!home.empty() && path.starts_with(home) && (path.size() == home.size() || path[home.size()] == '/'))
-    text = "~" + text.substr(home.size());
+  const bool underHome =
+      !home.empty() && path.starts_with(home) && (path.size() == home.size() || path[home.size()] == '/');
+  const std::string text = underHome ? std::string("~").append(path.substr(home.size())) : std::string(path);
   for (const std::string_view prefix : publicPrefixes)
     if (text.starts_with(prefix)) return text;
 

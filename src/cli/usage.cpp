@@ -1,9 +1,11 @@
 #include "cli/usage.h"
 
+#include "base/system_texts.h"
+
 namespace corvane {
 
 const std::string_view usageText =
-    "corvane: your Mac's dev stack and its RAM, from the command line.\n"
+    CORVANE_USAGE_FIRST_LINE
     "\n"
     "USAGE\n"
     "  corvane status [--json]          What's running, by project, with RAM, ports and ids\n"
@@ -13,7 +15,7 @@ const std::string_view usageText =
     "         [--dry-run] [--json]\n"
     "  corvane mcp                      MCP server over stdio, for coding agents\n"
     "\n"
-    "stop <project> and free leave pinned rows, databases and builds alone, like Blankwash. A pinned row or a\n"
+    CORVANE_USAGE_LEFT_ALONE_LINE
     "database picked by id or port needs --yes. Stops are polite and wait 5 s; --force kills right away.\n"
     "\n"
     "EXIT CODES\n"

@@ -64,26 +64,27 @@ struct Item {
     agent,
   };
 
-  std::string id;
-  std::string key;
+  // Every member has its default, so that a designated initializer may leave out any of them.
+  std::string id{};
+  std::string key{};
   Kind kind = Kind::server;
-  std::string title;
-  std::optional<std::string> cwd;
-  std::optional<std::string> project;
-  std::optional<std::string> startedBy;
-  std::optional<int32_t> agentPID;
-  std::vector<int32_t> pids;
+  std::string title{};
+  std::optional<std::string> cwd{};
+  std::optional<std::string> project{};
+  std::optional<std::string> startedBy{};
+  std::optional<int32_t> agentPID{};
+  std::vector<int32_t> pids{};
   uint64_t memory = 0;
   bool counted = true;
-  std::optional<Date> started;
-  std::vector<uint16_t> ports;
+  std::optional<Date> started{};
+  std::vector<uint16_t> ports{};
   int64_t inbound = 0;
-  std::optional<Stop> stop;
+  std::optional<Stop> stop{};
   bool guarded = false;
   uint64_t cpuTime = 0;
   double cpu = 0;
   bool building = false;
-  std::optional<Date> idleSince;
+  std::optional<Date> idleSince{};
 
   bool operator==(const Item&) const = default;
 };

@@ -10,9 +10,9 @@
 namespace corvane {
 
 struct World {
-  Snapshot snapshot;
-  std::map<std::string, std::string> simulators;  // device name by upper-case UDID
-  std::vector<Container> containers;              // in the order the scanner read them
+  Snapshot snapshot{};
+  std::map<std::string, std::string> simulators{};  // device name by upper-case UDID
+  std::vector<Container> containers{};              // in the order the scanner read them
 };
 
 }  // namespace corvane

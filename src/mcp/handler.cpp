@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "base/system_texts.h"
+
 namespace corvane::MCP {
 
 using nlohmann::json;
@@ -26,12 +28,7 @@ constexpr int cacheMilliseconds = 3'600'000;
 // without the limit a line of a hundred thousand "[" would overflow the stack and end the server.
 constexpr int maxDepth = 512;
 
-constexpr const char* instructions =
-    "Corvane sees the Mac's dev stack: simulators, emulators, Gradle and Kotlin daemons, Docker containers, "
-    "bundlers, dev servers and databases, with their RAM. Call list_running before booting another simulator or "
-    "emulator, free_memory when memory is tight, find_free_port before starting a server, and stop your own dev "
-    "server when you're done. Agents can't stop pinned rows, databases, anything building, or what another agent "
-    "started.";
+constexpr const char* instructions = CORVANE_AGENT_INSTRUCTIONS;
 
 template <size_t N>
 bool listed(const std::array<const char*, N>& list, const std::string& version) {

@@ -16,16 +16,16 @@ namespace corvane {
 struct Proc {
   int32_t pid = 0;
   int32_t ppid = 0;
-  std::string path;
-  std::vector<std::string> args;  // args[0] included
+  std::string path{};
+  std::vector<std::string> args{};  // args[0] included
   std::string cwd = "/";
   uint64_t footprint = 0;  // bytes
   uint64_t cpu = 0;        // nanoseconds of user plus system time
   Date started{};
-  std::vector<uint16_t> listening;  // ascending, no duplicates
+  std::vector<uint16_t> listening{};  // ascending, no duplicates
   int64_t inbound = 0;              // established connections on a listening port
-  std::optional<int32_t> responsible;
-  std::string name;  // last path component of `path`
+  std::optional<int32_t> responsible{};
+  std::string name{};  // last path component of `path`
 
   bool operator==(const Proc&) const = default;
 };

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "cli/usage.h"
 #include "support/fake_programs.h"
 #include "support/process.h"
@@ -71,6 +73,11 @@ TEST(ExecutableTest, HelpUsageAndGigabytesGoToTheirStreams) {
     EXPECT_EQ(r.err, c.err);
   }
   EXPECT_EQ(gigabytes, "free takes gigabytes, e.g. `corvane free 2`.\n");
+  EXPECT_EQ(std::count(usage.begin(), usage.end(), '\n'), 16);
+#ifndef __APPLE__
+  // Linux has no Mac and no desktop app to compare with.
+  for (const char* word : {"Mac", "Blankwash"}) EXPECT_EQ(usage.find(word), std::string::npos) << word;
+#endif
 }
 
 // Output that can't be written: to a full disk, or to a reader that has gone before the first line. A

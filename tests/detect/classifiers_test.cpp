@@ -33,7 +33,9 @@ std::vector<Item> expectRows(const std::vector<Proc>& procs, const std::vector<R
     EXPECT_EQ(items[i].id, rows[i].id);
     EXPECT_EQ(items[i].title, rows[i].title);
     EXPECT_THAT(items[i].pids, UnorderedElementsAreArray(rows[i].pids));
-    if (!rows[i].pids.empty() && !items[i].pids.empty()) EXPECT_EQ(items[i].pids.front(), rows[i].pids.front());
+    if (!rows[i].pids.empty() && !items[i].pids.empty()) {
+      EXPECT_EQ(items[i].pids.front(), rows[i].pids.front());
+    }
     EXPECT_EQ(items[i].memory, rows[i].memory);
   }
   return items;

@@ -55,7 +55,9 @@ void expectRows(const World& world, const std::vector<Item>& items, const std::v
     EXPECT_EQ(item->key, row.key);
     EXPECT_EQ(item->title, row.title);
     EXPECT_THAT(item->pids, UnorderedElementsAreArray(row.pids));
-    if (!row.pids.empty() && !item->pids.empty()) EXPECT_EQ(item->pids.front(), row.pids.front());
+    if (!row.pids.empty() && !item->pids.empty()) {
+      EXPECT_EQ(item->pids.front(), row.pids.front());
+    }
     EXPECT_EQ(item->memory, row.memory);
     EXPECT_EQ(item->ports, row.ports);
     EXPECT_EQ(item->startedBy, row.startedBy);

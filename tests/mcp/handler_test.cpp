@@ -118,6 +118,12 @@ TEST(HandlerTest, TheHandshakeVersionIsNegotiatedPerRequestVersionsDecorateOrFai
   EXPECT_EQ(discover["resultType"], "complete");
   EXPECT_EQ(discover["supportedVersions"].size(), 5u);
   EXPECT_TRUE(discover["_meta"].contains("io.modelcontextprotocol/serverInfo"));
+  // Both give the agent the same instructions, and on Linux they speak of no Mac and no simulator.
+  const auto instructions = result["instructions"].get<std::string>();
+  EXPECT_EQ(discover["instructions"], instructions);
+#ifndef __APPLE__
+  for (const char* word : {"Mac", "simulator"}) EXPECT_EQ(instructions.find(word), std::string::npos) << word;
+#endif
 
   // The lists a client may cache carry how long and for whom, but only where the caller's version has them.
   const std::string asked = R"({"_meta":{"io.modelcontextprotocol/protocolVersion":"2026-07-28"}})";
@@ -130,9 +136,9 @@ TEST(HandlerTest, TheHandshakeVersionIsNegotiatedPerRequestVersionsDecorateOrFai
   };
   for (const auto& [line, hinted] : cacheable) {
     const json reply = *send(line);
-    const json result = reply.value("result", json::object());
-    EXPECT_EQ(result.value("ttlMs", -1), hinted ? 3'600'000 : -1) << line;
-    EXPECT_EQ(result.value("cacheScope", ""), hinted ? "public" : "") << line;
+    const json answer = reply.value("result", json::object());
+    EXPECT_EQ(answer.value("ttlMs", -1), hinted ? 3'600'000 : -1) << line;
+    EXPECT_EQ(answer.value("cacheScope", ""), hinted ? "public" : "") << line;
   }
 }
 

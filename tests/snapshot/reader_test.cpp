@@ -227,7 +227,9 @@ TEST(ReaderTest, ArgsCacheZombieOtherUsersAndOwnSockets) {
     EXPECT_NE(owner->realUid, user);
   }
   for (const auto& p : snapshot.procs)
-    if (const auto owner = platform::processOwner(p.pid)) EXPECT_EQ(owner->realUid, user) << p.pid;
+    if (const auto owner = platform::processOwner(p.pid)) {
+      EXPECT_EQ(owner->realUid, user) << p.pid;
+    }
 
   // With the start time matching, the arguments are taken from the cache and not read again.
   cache[sleeper.pid()].args = {"cached"};

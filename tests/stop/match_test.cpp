@@ -16,7 +16,9 @@ std::vector<std::string> ids(const std::string& target, bool byIdOrPort) {
   const Match m = match(target, scan);
   std::vector<std::string> result;
   for (const Item& item : m.items) result.push_back(item.id);
-  if (!result.empty()) EXPECT_EQ(m.byIdOrPort, byIdOrPort) << target;
+  if (!result.empty()) {
+    EXPECT_EQ(m.byIdOrPort, byIdOrPort) << target;
+  }
   return result;
 }
 

@@ -35,10 +35,14 @@ struct Socket {
   // Listens on `port` (0: any) of the loopback address, or of every address (for IPv6 both stacks);
   // the port, 0 on failure.
   uint16_t listen(uint16_t port = 0, bool everyAddress = false) {
-    sockaddr_in v4{.sin_family = AF_INET, .sin_port = htons(port),
-                   .sin_addr = {htonl(everyAddress ? INADDR_ANY : INADDR_LOOPBACK)}};
-    sockaddr_in6 v6{.sin6_family = AF_INET6, .sin6_port = htons(port),
-                    .sin6_addr = everyAddress ? in6addr_any : in6addr_loopback};
+    sockaddr_in v4{};
+    v4.sin_family = AF_INET;
+    v4.sin_port = htons(port);
+    v4.sin_addr.s_addr = htonl(everyAddress ? INADDR_ANY : INADDR_LOOPBACK);
+    sockaddr_in6 v6{};
+    v6.sin6_family = AF_INET6;
+    v6.sin6_port = htons(port);
+    v6.sin6_addr = everyAddress ? in6addr_any : in6addr_loopback;
     int only = everyAddress ? 0 : 1;
     if (family == AF_INET6) setsockopt(fd, IPPROTO_IPV6, IPV6_V6ONLY, &only, sizeof only);
     auto* address = family == AF_INET6 ? reinterpret_cast<sockaddr*>(&v6) : reinterpret_cast<sockaddr*>(&v4);
@@ -50,13 +54,17 @@ struct Socket {
 
   // Binds a Unix socket (of the family AF_UNIX) to `path`, as a Docker engine does.
   bool bind(const std::string& path) {
-    sockaddr_un address{.sun_family = AF_UNIX};
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
     path.copy(address.sun_path, sizeof address.sun_path - 1);
     return fd >= 0 && ::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
   }
 
   bool connect(uint16_t port) const {
-    sockaddr_in address{.sin_family = AF_INET, .sin_port = htons(port), .sin_addr = {htonl(INADDR_LOOPBACK)}};
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     return ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
   }
 

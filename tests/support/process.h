@@ -15,8 +15,8 @@
 namespace corvane::testing_support {
 
 struct ProcessOptions {
-  std::map<std::string, std::string> env;  // added to, or replacing, the test process's environment
-  std::string directory;                   // where it runs; the test's own when empty
+  std::map<std::string, std::string> env{};  // added to, or replacing, the test process's environment
+  std::string directory{};                   // where it runs; the test's own when empty
   bool captureErrors = false;              // standard error into errors() instead of the test's
   double grace = 0;                        // seconds it may take to end on its own once its input closes
 };

@@ -35,7 +35,10 @@ enum class DumpProgress { more, done, failed };
 
 DumpProgress addDiagMessages(const char* data, size_t length, uint32_t uid, TcpTable& table) {
   int remaining = static_cast<int>(length);
-  for (auto* header = reinterpret_cast<const nlmsghdr*>(data); NLMSG_OK(header, remaining);
+  // The count left falls below zero after a last message whose length isn't aligned; NLMSG_OK compares
+  // it with the header's unsigned length.
+  for (auto* header = reinterpret_cast<const nlmsghdr*>(data);
+       remaining >= 0 && NLMSG_OK(header, static_cast<uint32_t>(remaining));
        header = NLMSG_NEXT(header, remaining)) {
     if (header->nlmsg_type == NLMSG_DONE) {
       // The kernel ends a dump that broke off with an error code in place of 0.
