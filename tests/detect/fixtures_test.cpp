@@ -38,8 +38,9 @@ void expectEachProcessInOneRow(const World& world, const std::vector<Item>& item
       EXPECT_TRUE(owned.insert(pid).second) << pid << " owned twice";
       const auto p = std::find_if(world.snapshot.procs.begin(), world.snapshot.procs.end(),
                                   [&](const Proc& proc) { return proc.pid == pid; });
-      if (p != world.snapshot.procs.end() && agentName(*p))
+      if (p != world.snapshot.procs.end() && agentName(*p)) {
         EXPECT_EQ(item.kind, Item::Kind::agent) << item.id << " owns the agent " << pid;
+      }
     }
   }
 }
