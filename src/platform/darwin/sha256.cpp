@@ -1,5 +1,3 @@
-#ifdef __APPLE__
-
 #include "platform/sha256.h"
 
 #include <CommonCrypto/CommonDigest.h>
@@ -25,5 +23,3 @@ Sha256Digest sha256(std::string_view bytes) {
 }
 
 }  // namespace corvane::platform
-
-#endif  // __APPLE__
