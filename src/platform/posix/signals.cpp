@@ -85,4 +85,6 @@ int32_t ownPid() { return static_cast<int32_t>(::getpid()); }
 
 int32_t parentPid() { return static_cast<int32_t>(::getppid()); }
 
+uint32_t currentUser() { return static_cast<uint32_t>(::getuid()); }
+
 }  // namespace corvane::platform
