@@ -9,6 +9,7 @@
 #include "detect/pipeline.h"
 #include "detect/tables.h"
 #include "detect/text.h"
+#include "platform/paths.h"
 
 namespace corvane {
 
@@ -30,15 +31,10 @@ constexpr std::array<NamePair, 6> runtimeNames = {{
     {"node", "Node"}, {"bun", "Bun"}, {"deno", "Deno"}, {"ruby", "Ruby"}, {"java", "Java"}, {"php", "PHP"},
 }};
 
-// The system's own listeners live here; they are never a developer's server.
-constexpr std::array<std::string_view, 4> systemPrefixes = {"/System/", "/usr/libexec/", "/usr/sbin/",
-                                                            "/Library/Apple/"};
-
 bool isDevServer(const Proc& p) {
   if (p.listening.empty() || isAppPath(p.path)) return false;
   if (p.cwd.empty() || p.cwd == "/") return false;
-  return std::none_of(systemPrefixes.begin(), systemPrefixes.end(),
-                      [&](std::string_view prefix) { return p.path.starts_with(prefix); });
+  return !platform::isSystemProgram(p.path);
 }
 
 void lowercase(std::string_view text, std::string& into) {

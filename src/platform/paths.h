@@ -1,6 +1,7 @@
 #pragma once
 // Where things are on this machine.
 #include <string>
+#include <string_view>
 
 namespace corvane::platform {
 
@@ -16,5 +17,11 @@ std::string temporaryDirectory();
 bool isExecutableFile(const std::string& path);
 // The path of this program's own executable; empty when it can't be read.
 std::string ownExecutablePath();
+
+// A program of the system's own: never a developer's server, and never signalled whoever owns it.
+bool isSystemProgram(std::string_view path);
+// False for the system's services whose sockets are not worth asking for; the daemons a package
+// manager installs beside them (a distribution's MySQL or nginx) keep their ports.
+bool socketsWanted(std::string_view path);
 
 }  // namespace corvane::platform

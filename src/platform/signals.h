@@ -1,8 +1,7 @@
 #pragma once
-// Signals the stopper sends, and what this system keeps out of its reach.
+// Signals the stopper sends.
 #include <cstdint>
 #include <string_view>
-#include <vector>
 
 #include "platform/process_table.h"
 
@@ -25,9 +24,6 @@ SignalResult sendSignal(const ScannedProcess& process, StopSignal signal);
 
 int32_t ownPid();
 int32_t parentPid();
-
-// Path prefixes of the system's own programs, which are never signalled whoever owns them.
-const std::vector<std::string_view>& systemLocations();
 
 // The system's name as its users know it, for the message when it refuses every signal.
 std::string_view systemName();

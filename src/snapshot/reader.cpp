@@ -6,17 +6,13 @@
 #include <thread>
 #include <unordered_set>
 
+#include "platform/paths.h"
 #include "platform/process_table.h"
 #include "base/utf8.h"
 
 namespace corvane {
 
 namespace {
-
-// System services are recorded but their sockets are never read.
-bool isSystemPath(std::string_view path) {
-  return path.starts_with("/System/") || path.starts_with("/usr/libexec/");
-}
 
 std::vector<std::string> repaired(const std::vector<std::string>& strings) {
   std::vector<std::string> texts;
@@ -76,7 +72,7 @@ void readShare(const std::vector<int32_t>& pids, size_t begin, size_t end, const
     reading.knownArgs = [&](Date started) -> const std::vector<std::string>* {
       return cached != cache.end() && cached->second.started == started ? &cached->second.args : nullptr;
     };
-    reading.wantsSockets = [](std::string_view path) { return !isSystemPath(path); };
+    reading.wantsSockets = platform::socketsWanted;
     auto record = table.read(pid, reading);
     if (!record) continue;
     std::vector<std::string> args;

@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "platform/interrupts.h"
+#include "platform/paths.h"
 #include "platform/process_table.h"
 #include "platform/signals.h"
 #include "stop/stopper.h"
@@ -12,12 +13,6 @@ namespace corvane::Stopper {
 namespace {
 
 constexpr auto pollInterval = std::chrono::milliseconds(200);
-
-bool inSystemLocation(const std::string& path) {
-  for (std::string_view prefix : platform::systemLocations())
-    if (path.starts_with(prefix)) return true;
-  return false;
-}
 
 }  // namespace
 
@@ -45,7 +40,7 @@ bool mayStop(int32_t pid) {
   const auto owner = platform::processOwner(pid);
   if (!owner || owner->realUid != platform::currentUser()) return false;
   if (!owner->path || owner->path->empty()) return false;
-  return !inSystemLocation(*owner->path);
+  return !platform::isSystemProgram(*owner->path);
 }
 
 Wait waitGone(const std::vector<platform::ScannedProcess>& processes, double seconds) {

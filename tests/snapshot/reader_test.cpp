@@ -137,6 +137,24 @@ TEST(ReaderTest, ForkedServerInATemporaryProject) {
   }
 }
 
+// The system's own programs are never servers nor signalled, but only its services keep their sockets
+// unread: a distribution's database or web server under sbin keeps its ports.
+TEST(ReaderTest, SystemProgramsAndWhoseSocketsAreRead) {
+  const std::vector<std::tuple<std::string_view, bool, bool>> cases = {
+      {"/System/Library/CoreServices/launchservicesd", true, false},
+      {"/usr/libexec/rapportd", true, false},
+      {"/usr/sbin/mariadbd", true, true},
+      {"/sbin/rpcbind", true, true},
+      {"/Library/Apple/System/Library/CoreServices/XProtect", true, true},
+      {"/usr/bin/node", false, true},
+      {"/home/dev/System/server", false, true},
+  };
+  for (const auto& [path, system, sockets] : cases) {
+    EXPECT_EQ(platform::isSystemProgram(path), system) << path;
+    EXPECT_EQ(platform::socketsWanted(path), sockets) << path;
+  }
+}
+
 // One snapshot of what this test starts: a sleeper whose pid has a cache entry of an earlier process,
 // a zombie, processes of other users, and sockets of this process.
 TEST(ReaderTest, ArgsCacheZombieOtherUsersAndOwnSockets) {

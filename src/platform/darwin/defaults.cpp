@@ -2,8 +2,6 @@
 // same preferences daemon and never overwrite each other's copy of the file. A store named by an
 // absolute path (tests name their own) is the property-list file at that path: CFPreferences takes
 // such a path as a domain of its own, to which it adds ".plist" itself.
-#ifdef __APPLE__
-
 #include "platform/defaults.h"
 #include "platform/posix/defaults_writes.h"
 
@@ -105,5 +103,3 @@ bool DefaultsStore::writeDictionary(const std::string& key, const DefaultsDictio
 }
 
 }  // namespace corvane::platform
-
-#endif  // __APPLE__

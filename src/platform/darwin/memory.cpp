@@ -1,5 +1,3 @@
-#ifdef __APPLE__
-
 #include "platform/memory.h"
 
 #include <sys/sysctl.h>
@@ -25,5 +23,3 @@ uint64_t swapUsedBytes() {
 }
 
 }  // namespace corvane::platform
-
-#endif  // __APPLE__

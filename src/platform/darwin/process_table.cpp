@@ -1,8 +1,6 @@
 // The process table through libproc and sysctl. Every proc_pidinfo and proc_pidfdinfo answer counts
 // only when it has exactly the size of the record asked for: anything shorter is a process that went
 // away or one this user may not read.
-#ifdef __APPLE__
-
 #include "platform/process_table.h"
 
 #include <algorithm>
@@ -233,5 +231,3 @@ std::optional<ProcessOwner> processOwner(int32_t pid) {
 }
 
 }  // namespace corvane::platform
-
-#endif  // __APPLE__

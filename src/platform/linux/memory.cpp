@@ -5,7 +5,7 @@
 
 #include "base/lines.h"
 #include "platform/files.h"
-#include "platform/linux/meminfo.h"
+#include "platform/linux/proc_text.h"
 
 namespace corvane::platform {
 

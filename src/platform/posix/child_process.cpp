@@ -1,7 +1,7 @@
 // Children are started with posix_spawn (safe beside other threads, unlike a hand-written fork) and
 // collected with waitpid on their own pid, so concurrent runs never take each other's exit. The wait
-// for the time-out sleeps on what the system offers to watch a child's exit (child_exit.h), else polls
-// with short naps.
+// for the time-out sleeps on what the system offers to watch a child's exit (a pidfd on Linux, a kqueue on
+// macOS), else polls with short naps.
 #include "platform/child_process.h"
 
 #include <algorithm>
@@ -17,7 +17,14 @@
 #include <thread>
 #include <unistd.h>
 
-#include "platform/posix/child_exit.h"
+#ifdef __APPLE__
+#include <ctime>
+#include <sys/event.h>
+#else
+#include <cstdint>
+#include <poll.h>
+#include <sys/syscall.h>
+#endif
 
 extern char** environ;
 
@@ -26,6 +33,80 @@ namespace corvane::platform {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+enum class ExitWait {
+  exited,    // the child has exited; it is still to be collected
+  deadline,  // the deadline came first
+  failed,    // the watch stopped working; the caller polls instead
+};
+
+#ifdef __APPLE__
+
+timespec timeUntil(Clock::time_point deadline) {
+  const auto left =
+      std::clamp<Clock::duration>(deadline - Clock::now(), Clock::duration::zero(), std::chrono::seconds(60));
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(left);
+  timespec value{};
+  value.tv_sec = static_cast<time_t>(seconds.count());
+  value.tv_nsec = static_cast<long>(std::chrono::duration_cast<std::chrono::nanoseconds>(left - seconds).count());
+  return value;
+}
+
+// A child gets only the three descriptors of the file actions: sockets and pipes have no
+// close-on-exec flag at birth here, so another thread's would otherwise leak into the child.
+constexpr short extraSpawnFlags = POSIX_SPAWN_CLOEXEC_DEFAULT;
+
+// A descriptor that becomes ready once child `pid` exits, for `waitForExit`; -1 when the system can't
+// provide one, and the caller polls instead; also when the child has already exited and can't be
+// watched any more (the polling wait then collects it at once). The caller closes it.
+int watchExit(pid_t pid) {
+  const int queue = kqueue();
+  if (queue < 0) return -1;
+  struct kevent change;
+  EV_SET(&change, static_cast<uintptr_t>(pid), EVFILT_PROC, EV_ADD | EV_ONESHOT, NOTE_EXIT, 0, nullptr);
+  if (kevent(queue, &change, 1, nullptr, 0, nullptr) != 0) {
+    close(queue);
+    return -1;
+  }
+  return queue;
+}
+
+// Sleeps on `queue` until the child exits or `deadline` passes.
+ExitWait waitForExit(int queue, Clock::time_point deadline) {
+  for (;;) {
+    const timespec timeout = timeUntil(deadline);
+    struct kevent event;
+    const int ready = kevent(queue, nullptr, 0, &event, 1, &timeout);
+    if (ready > 0 && !(event.flags & EV_ERROR)) return ExitWait::exited;
+    if (ready > 0 || (ready < 0 && errno != EINTR)) return ExitWait::failed;
+    if (ready == 0 && Clock::now() >= deadline) return ExitWait::deadline;
+  }
+}
+
+#else
+
+int millisecondsUntil(Clock::time_point deadline) {
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+  return static_cast<int>(std::clamp<int64_t>(left, 0, 60'000));
+}
+
+constexpr short extraSpawnFlags = 0;
+
+// A pidfd, on kernels that have them: it becomes readable once child `pid` exits. The caller closes it.
+int watchExit(pid_t pid) { return static_cast<int>(syscall(SYS_pidfd_open, pid, 0)); }
+
+// Sleeps on `pidfd` until the child exits or `deadline` passes.
+ExitWait waitForExit(int pidfd, Clock::time_point deadline) {
+  for (;;) {
+    pollfd entry{pidfd, POLLIN, 0};
+    const int ready = poll(&entry, 1, millisecondsUntil(deadline));
+    if (ready > 0 && (entry.revents & POLLIN)) return ExitWait::exited;
+    if (ready > 0 || (ready < 0 && errno != EINTR)) return ExitWait::failed;
+    if (ready == 0 && Clock::now() >= deadline) return ExitWait::deadline;
+  }
+}
+
+#endif
 
 // The runs in flight, by pid, so that they can all be ended before the program exits. A pid stays
 // here until its child is collected, so while it is here it can't name another process.
@@ -102,7 +183,7 @@ class SpawnSetup {
     sigset_t all;
     sigemptyset(&none);
     sigfillset(&all);
-    short flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | os::extraSpawnFlags();
+    short flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | extraSpawnFlags;
     flags |= ownSession ? POSIX_SPAWN_SETSID : POSIX_SPAWN_SETPGROUP;
     if (!ownSession && posix_spawnattr_setpgroup(&attributes_, 0) != 0) return false;
     return posix_spawnattr_setsigmask(&attributes_, &none) == 0 &&
@@ -140,12 +221,12 @@ WaitStatus reapBlocking(pid_t pid) {
 // the child still running.
 bool exitedBefore(pid_t pid, int exitWatch, Clock::time_point deadline) {
   if (exitWatch >= 0) {
-    switch (os::waitForExit(exitWatch, deadline)) {
-      case os::ExitWait::exited:
+    switch (waitForExit(exitWatch, deadline)) {
+      case ExitWait::exited:
         return true;
-      case os::ExitWait::deadline:
+      case ExitWait::deadline:
         return false;
-      case os::ExitWait::failed:
+      case ExitWait::failed:
         break;  // fall back to polling below
     }
   }
@@ -171,7 +252,7 @@ Clock::time_point deadlineAfter(Clock::time_point start, double seconds) {
 // The child is signalled by pid only while it has not been collected, so the pid can't have been
 // reused by another process; it leaves the runs in flight just before it is collected.
 WaitStatus waitWithTimeout(RunsInFlight& runs, pid_t pid, double timeoutSeconds, double killGraceSeconds) {
-  const int exitWatch = os::watchExit(pid);
+  const int exitWatch = watchExit(pid);
   const auto termAt = deadlineAfter(Clock::now(), timeoutSeconds);
   if (!exitedBefore(pid, exitWatch, termAt)) {
     // The leader may go at once and leave what it started behind (a login shell's background jobs):

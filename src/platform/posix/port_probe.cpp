@@ -6,18 +6,30 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include "platform/posix/tcp_socket.h"
-
 namespace corvane::platform {
 
 namespace {
 
+#ifdef __APPLE__
+// Spawned children inherit only the descriptors they are given, so no close-on-exec flag is needed
+// for a socket that lives a few microseconds; the addresses carry their own length in front, as BSD
+// lays them out.
+static_assert(sizeof(sockaddr_in) == 16 && sizeof(sockaddr_in6) == 28);
+int openTcpSocket(int domain) { return ::socket(domain, SOCK_STREAM, 0); }
+void setAddressLength(sockaddr_in& address) { address.sin_len = sizeof address; }
+void setAddressLength(sockaddr_in6& address) { address.sin6_len = sizeof address; }
+#else
+int openTcpSocket(int domain) { return ::socket(domain, SOCK_STREAM | SOCK_CLOEXEC, 0); }
+void setAddressLength(sockaddr_in&) {}
+void setAddressLength(sockaddr_in6&) {}
+#endif
+
 // Binds a new TCP socket of `domain` to `address` and closes it again.
 template <typename Address>
 bool bindsOnce(int domain, Address& address) {
-  const int fd = os::openTcpSocket(domain);
+  const int fd = openTcpSocket(domain);
   if (fd < 0) return false;
-  os::setAddressLength(address);
+  setAddressLength(address);
   const bool bound = ::bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
   ::close(fd);
   return bound;

@@ -1,6 +1,5 @@
 // Readings of the kernel's /proc texts.
 #include "platform/linux/proc_text.h"
-#include "platform/linux/meminfo.h"
 
 #include <gmock/gmock.h>
 

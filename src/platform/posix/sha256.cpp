@@ -1,12 +1,16 @@
-#ifdef __APPLE__
-
 #include "platform/sha256.h"
 
+#ifdef __APPLE__
 #include <CommonCrypto/CommonDigest.h>
 #include <algorithm>
 #include <limits>
+#else
+#include <openssl/evp.h>
+#endif
 
 namespace corvane::platform {
+
+#ifdef __APPLE__
 
 static_assert(CC_SHA256_DIGEST_LENGTH == sizeof(Sha256Digest));
 
@@ -24,6 +28,17 @@ Sha256Digest sha256(std::string_view bytes) {
   return digest;
 }
 
-}  // namespace corvane::platform
+#else
 
-#endif  // __APPLE__
+Sha256Digest sha256(std::string_view bytes) {
+  Sha256Digest digest{};
+  unsigned int size = 0;
+  if (EVP_Digest(bytes.data(), bytes.size(), digest.data(), &size, EVP_sha256(), nullptr) != 1 ||
+      size != digest.size())
+    return Sha256Digest{};
+  return digest;
+}
+
+#endif
+
+}  // namespace corvane::platform

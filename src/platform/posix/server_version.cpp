@@ -1,11 +1,13 @@
-#ifdef __APPLE__
-
 #include "platform/server_version.h"
 
+#ifdef __APPLE__
 #include "platform/paths.h"
 #include "platform/property_list.h"
+#endif
 
 namespace corvane::platform {
+
+#ifdef __APPLE__
 
 std::string serverVersion() {
   std::string executable = ownExecutablePath();
@@ -20,6 +22,16 @@ std::string serverVersion() {
   return version ? *version : "dev";
 }
 
-}  // namespace corvane::platform
+#else
 
-#endif  // __APPLE__
+std::string serverVersion() {
+#ifdef CORVANE_VERSION
+  return CORVANE_VERSION[0] ? CORVANE_VERSION : "dev";
+#else
+  return "dev";
+#endif
+}
+
+#endif
+
+}  // namespace corvane::platform

@@ -4,6 +4,20 @@
 
 namespace corvane::platform {
 
+#ifdef __APPLE__
+
+std::string defaultAndroidSDKRoot() { return homeDirectory() + "/Library/Android/sdk"; }
+
+// Homebrew on Apple silicon, then on Intel (and Docker Desktop's link), OrbStack, Docker Desktop's bundle.
+std::vector<std::string> dockerCandidates() {
+  return {"/opt/homebrew/bin/docker", "/usr/local/bin/docker", homeDirectory() + "/.orbstack/bin/docker",
+          "/Applications/Docker.app/Contents/Resources/bin/docker"};
+}
+
+const char* defaultShell() { return "/bin/zsh"; }
+
+#else
+
 std::string defaultAndroidSDKRoot() { return homeDirectory() + "/Android/Sdk"; }
 
 // The distribution's package and Docker's own installer first, then the places a macOS user would
@@ -17,5 +31,7 @@ std::vector<std::string> dockerCandidates() {
 }
 
 const char* defaultShell() { return "/bin/sh"; }
+
+#endif
 
 }  // namespace corvane::platform
