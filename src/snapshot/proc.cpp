@@ -9,9 +9,9 @@ namespace corvane {
 
 using nlohmann::json;
 
-std::string lastPathComponent(const std::string& path) {
-  auto slash = path.rfind('/');
-  return slash == std::string::npos ? path : path.substr(slash + 1);
+std::string_view lastPathComponent(std::string_view path) {
+  const auto slash = path.rfind('/');
+  return slash == std::string_view::npos ? path : path.substr(slash + 1);
 }
 
 StartTimes startTimes(const Snapshot& snapshot) {

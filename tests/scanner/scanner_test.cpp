@@ -30,7 +30,7 @@ Date at(double seconds) { return dateFromSeconds(1'800'000'000 + seconds); }
 
 Proc process(int32_t pid, const std::string& path, std::vector<std::string> args, const std::string& cwd = "/") {
   return Proc{
-      .pid = pid, .ppid = 1, .path = path, .args = std::move(args), .cwd = cwd, .name = lastPathComponent(path)};
+      .pid = pid, .ppid = 1, .path = path, .args = std::move(args), .cwd = cwd, .name = std::string(lastPathComponent(path))};
 }
 
 const Proc colima = process(100, "/opt/homebrew/bin/colima", {"colima", "start"});

@@ -1,4 +1,4 @@
-#include "detect/tracker.h"
+#include "scanner/tracker.h"
 
 #include <iterator>
 

@@ -1,7 +1,7 @@
 // The idle tracker over hand-made scans.
 #include <gtest/gtest.h>
 
-#include "detect/tracker.h"
+#include "scanner/tracker.h"
 
 namespace corvane {
 namespace {
