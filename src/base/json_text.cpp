@@ -28,6 +28,8 @@ std::optional<std::string> encodeCompactJSON(const nlohmann::json& value, Slashe
   return encode(value, -1, slashes);
 }
 
-std::string encodeJSON(const nlohmann::json& value) { return encode(value, 2, Slashes::escaped).value_or(std::string()); }
+std::string encodeJSON(const nlohmann::json& value) {
+  return encode(value, 2, Slashes::escaped).value_or(std::string());
+}
 
 }  // namespace corvane

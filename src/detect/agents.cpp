@@ -90,8 +90,9 @@ void addAgents(Detection& d, const std::vector<int32_t>& reserved) {
     d.claimed.erase(pid);
     for (const int32_t member : members[pid]) d.claimed.erase(member);
     const Proc& p = *d.proc(pid);
-    d.add(Item::Kind::agent, "agent:" + std::to_string(pid), "agent:" + p.cwd, std::string(agentDisplayName(p).value_or("")), pid,
-          p.cwd, Stop::signal(), Detection::Guard::guarded);
+    const std::string title(agentDisplayName(p).value_or(""));
+    d.add(Item::Kind::agent, "agent:" + std::to_string(pid), "agent:" + p.cwd, title, pid, p.cwd, Stop::signal(),
+          Detection::Guard::guarded);
   }
 }
 
