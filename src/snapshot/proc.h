@@ -51,8 +51,4 @@ nlohmann::json toJSON(const Snapshot& snapshot);
 Decoded<Proc> decodeProc(const nlohmann::json& json);
 Decoded<Snapshot> decodeSnapshot(const nlohmann::json& json);
 
-// Snapshots as files, as the detection fixtures keep them.
-Decoded<Snapshot> readSnapshotFile(const std::string& path);
-bool writeSnapshotFile(const Snapshot& snapshot, const std::string& path);
-
 }  // namespace corvane
