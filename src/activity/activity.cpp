@@ -23,7 +23,7 @@ std::optional<std::string> canonicalUUID(const std::string& text) {
 }  // namespace
 
 Activity makeActivity(const Item& item, Date date, std::string reason) {
-  return Activity{platform::newUUID(), date,       item.title, item.kind, item.counted ? item.memory : 0,
+  return Activity{platform::newUUID(), date,       item.title, item.kind, countedMemory(item),
                   std::move(reason),   undoFor(item), false};
 }
 

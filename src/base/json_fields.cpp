@@ -1,18 +1,23 @@
 #include "base/json_fields.h"
 
+#include <cmath>
 #include <limits>
 
 namespace corvane {
 
 using nlohmann::json;
 
-std::optional<int64_t> jsonInteger(const json& value) {
+std::optional<int64_t> jsonInteger(const json& value, WholeFloats wholeFloats) {
   if (value.is_number_unsigned()) {
     auto v = value.get<uint64_t>();
     if (v > static_cast<uint64_t>(std::numeric_limits<int64_t>::max())) return std::nullopt;
     return static_cast<int64_t>(v);
   }
   if (value.is_number_integer()) return value.get<int64_t>();
+  if (wholeFloats == WholeFloats::accepted && value.is_number_float()) {
+    const double d = value.get<double>();
+    if (std::isfinite(d) && std::floor(d) == d && std::fabs(d) < 9.0e15) return static_cast<int64_t>(d);
+  }
   return std::nullopt;
 }
 

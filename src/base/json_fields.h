@@ -46,7 +46,9 @@ class JSONFields {
 };
 
 // Checked conversions of one JSON value; absent when the value is of another type or out of range.
-std::optional<int64_t> jsonInteger(const nlohmann::json& value);
+// Agents' clients may write an integer as a whole floating-point number ("3.0"); stored files may not.
+enum class WholeFloats { refused, accepted };
+std::optional<int64_t> jsonInteger(const nlohmann::json& value, WholeFloats wholeFloats = WholeFloats::refused);
 std::optional<uint64_t> jsonUnsigned(const nlohmann::json& value);
 
 }  // namespace corvane

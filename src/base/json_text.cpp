@@ -4,13 +4,14 @@ namespace corvane {
 
 namespace {
 
-std::optional<std::string> encode(const nlohmann::json& value, int indent) {
+std::optional<std::string> encode(const nlohmann::json& value, int indent, Slashes slashes) {
   std::string text;
   try {
     text = value.dump(indent);
   } catch (const nlohmann::json::exception&) {
     return std::nullopt;
   }
+  if (slashes == Slashes::plain) return text;
   // A "/" can only stand inside a string in JSON text, so escaping every one is safe.
   std::string escaped;
   escaped.reserve(text.size() + text.size() / 16);
@@ -23,8 +24,12 @@ std::optional<std::string> encode(const nlohmann::json& value, int indent) {
 
 }  // namespace
 
-std::optional<std::string> encodeCompactJSON(const nlohmann::json& value) { return encode(value, -1); }
+std::optional<std::string> encodeCompactJSON(const nlohmann::json& value, Slashes slashes) {
+  return encode(value, -1, slashes);
+}
 
-std::string encodeJSON(const nlohmann::json& value) { return encode(value, 2).value_or(std::string()); }
+std::string encodeJSON(const nlohmann::json& value) {
+  return encode(value, 2, Slashes::escaped).value_or(std::string());
+}
 
 }  // namespace corvane

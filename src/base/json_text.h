@@ -8,8 +8,11 @@
 
 namespace corvane {
 
+// The MCP server writes "/" as it is; everything else escapes it.
+enum class Slashes { escaped, plain };
+
 // Compact; absent when the value holds text that isn't UTF-8.
-std::optional<std::string> encodeCompactJSON(const nlohmann::json& value);
+std::optional<std::string> encodeCompactJSON(const nlohmann::json& value, Slashes slashes = Slashes::escaped);
 
 // The command line's JSON: pretty printed; empty text when encoding fails.
 std::string encodeJSON(const nlohmann::json& value);

@@ -4,11 +4,13 @@
 #include <string>
 #include <vector>
 
+#include "cli/arguments.h"
+
 namespace corvane {
 
-int32_t statusCommand(bool json);
-int32_t stopCommand(const std::string& target, bool yes, bool force, bool dryRun, bool json);
-int32_t freeCommand(double gigabytes, bool dryRun, bool json);
+int32_t statusCommand(const Invocation& invocation);
+int32_t stopCommand(const Invocation& invocation);
+int32_t freeCommand(const Invocation& invocation);
 int32_t mcpCommand();
 
 // Runs what the argument vector asks for and returns the exit code; `arguments` excludes the program.

@@ -2,17 +2,17 @@
 #include <string>
 #include <vector>
 
-#include "cli/commands.h"
 #include "base/exit_codes.h"
 #include "base/gigabytes.h"
+#include "cli/commands.h"
 #include "cli/outcome_output.h"
 #include "platform/output.h"
-#include "scanner/settled_scan.h"
-#include "stop/stop_rows.h"
 #include "scanner/scanner.h"
+#include "scanner/settled_scan.h"
 #include "stop/pins.h"
 #include "stop/planner.h"
 #include "stop/policy.h"
+#include "stop/stop_rows.h"
 
 namespace corvane {
 
@@ -26,7 +26,7 @@ uint64_t totalMemory(const std::vector<Item>& rows) {
 
 }  // namespace
 
-int32_t freeCommand(double gigabytes, bool dryRun, bool json) {
+int32_t freeCommand(const Invocation& invocation) {
   const Tools tools = Tools::load({}, nullptr, userShell());
   Scanner scanner(tools);
   const std::vector<Item> items = settledScan(scanner);
@@ -34,22 +34,24 @@ int32_t freeCommand(double gigabytes, bool dryRun, bool json) {
   const Pins pins = readPins();
   // `free` follows the project rule: what it would stop, if quiet.
   const std::vector<Item> candidates =
-      freeCandidates(items, [&](const Item& item) { return whyNot(item, isPinned(pins, item)); });
+      freeCandidates(items, [&](const Item& item) { return refusalByProject(item, isPinned(pins, item)); });
 
-  const double asked = gigabytes * 1e9;
+  const double asked = invocation.gigabytes * 1e9;
   const auto target = static_cast<uint64_t>(asked);
   const std::vector<Item> plan = planFree(candidates, target);
 
   if (plan.empty()) {
-    platform::writeOut(json ? "[]\n"
-                            : "Nothing to free: no simulators, emulators or daemons that aren't pinned or building.\n");
+    platform::writeOut(invocation.json
+                           ? "[]\n"
+                           : "Nothing to free: no simulators, emulators or daemons that aren't pinned or building.\n");
     return ExitCode::nothingToDo;
   }
 
   const std::vector<Outcome> outcomes =
-      dryRun ? wouldStopOutcomes(plan) : stopRows(plan, scanner.startTimes(), StopMode::polite, "corvane free", tools);
+      invocation.dryRun ? wouldStopOutcomes(plan)
+                        : stopRows(plan, scanner.startTimes(), StopMode::polite, "corvane free", tools);
 
-  if (json) {
+  if (invocation.json) {
     platform::writeOut(outcomesJSON(outcomes));
     return exitCode(outcomes);
   }

@@ -23,11 +23,11 @@ int32_t dispatch(const Invocation& invocation) {
       platform::writeErr(gigabytesMessage);
       return ExitCode::usage;
     case Invocation::Action::status:
-      return statusCommand(invocation.json);
+      return statusCommand(invocation);
     case Invocation::Action::stop:
-      return stopCommand(invocation.target, invocation.yes, invocation.force, invocation.dryRun, invocation.json);
+      return stopCommand(invocation);
     case Invocation::Action::free:
-      return freeCommand(invocation.gigabytes, invocation.dryRun, invocation.json);
+      return freeCommand(invocation);
     case Invocation::Action::mcp:
       return mcpCommand();
   }

@@ -77,7 +77,7 @@ std::string statusText(const std::vector<Item>& items, const std::map<std::strin
                        Pressure pressure, uint64_t swapUsed, double scanSeconds) {
   StatusHeader header{0, pressure, swapUsed, scanSeconds};
   for (const auto& item : items)
-    if (item.counted) header.devStack += item.memory;
+    header.devStack += countedMemory(item);
 
   // Groups are keyed by the composed form of their name, whose UTF-8 byte order is the order of its
   // Unicode scalars: a folder spelt with a combining accent joins, and sorts as, the one spelt with the

@@ -10,6 +10,7 @@
 #include "detect/pipeline.h"
 #include "detect/tables.h"
 #include "detect/text.h"
+#include "snapshot/proc.h"
 
 namespace corvane {
 
@@ -44,11 +45,11 @@ std::optional<std::string_view> agentDisplayName(const Proc& proc) {
   // Agents shipped as scripts run under a JavaScript runtime; the script tells which, whatever its name.
   if (const auto script = runtimeScript(proc)) {
     if (contains(*script, "/cursor-agent/")) return "Cursor Agent";
-    return lookup(agentNames, withoutExtension(lastComponent(*script)));
+    return lookup(agentNames, withoutExtension(lastPathComponent(*script)));
   }
   if (auto name = byName(proc.name, proc.path)) return name;
   if (!proc.args.empty())
-    if (auto name = byName(lastComponent(proc.args[0]), proc.path)) return name;
+    if (auto name = byName(lastPathComponent(proc.args[0]), proc.path)) return name;
   // Claude Code's native installs keep each version in a folder of its own, named for the version.
   if (contains(proc.path, "/claude/versions/")) return "Claude Code";
   if (proc.name.starts_with("codex-")) return "Codex";
@@ -57,11 +58,6 @@ std::optional<std::string_view> agentDisplayName(const Proc& proc) {
 
 bool runsApart(const Proc& agent) {
   return std::find(agent.args.begin(), agent.args.end(), "--managed-daemon") != agent.args.end();
-}
-
-std::optional<std::string> agentName(const Proc& proc) {
-  if (auto name = agentDisplayName(proc)) return std::string(*name);
-  return std::nullopt;
 }
 
 int32_t Detection::sessionOf(const Proc& agent) const {
@@ -94,8 +90,9 @@ void addAgents(Detection& d, const std::vector<int32_t>& reserved) {
     d.claimed.erase(pid);
     for (const int32_t member : members[pid]) d.claimed.erase(member);
     const Proc& p = *d.proc(pid);
-    d.add(Item::Kind::agent, "agent:" + std::to_string(pid), "agent:" + p.cwd, agentName(p).value_or(""), pid,
-          p.cwd, Stop::signal(), Detection::Guard::guarded);
+    const std::string title(agentDisplayName(p).value_or(""));
+    d.add(Item::Kind::agent, "agent:" + std::to_string(pid), "agent:" + p.cwd, title, pid, p.cwd, Stop::signal(),
+          Detection::Guard::guarded);
   }
 }
 

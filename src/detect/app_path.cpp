@@ -4,6 +4,7 @@
 
 #include "detect/tables.h"
 #include "detect/text.h"
+#include "snapshot/proc.h"
 
 namespace corvane {
 
@@ -13,7 +14,7 @@ namespace {
 std::string_view bundleName(std::string_view path) {
   std::string_view before = path.substr(0, path.find(".app/"));
   while (!before.empty() && before.back() == '/') before.remove_suffix(1);
-  return lastComponent(before);
+  return lastPathComponent(before);
 }
 
 bool matchesInstall(std::string_view path, std::string_view fragment) {

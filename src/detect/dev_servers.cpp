@@ -10,6 +10,7 @@
 #include "detect/tables.h"
 #include "detect/text.h"
 #include "platform/paths.h"
+#include "snapshot/proc.h"
 
 namespace corvane {
 
@@ -49,7 +50,7 @@ std::string serverName(const Detection& d, const std::vector<int32_t>& pids, con
     const Proc* p = d.proc(pid);
     if (!p) continue;
     for (const auto& arg : p->args) {
-      lowercase(lastComponent(arg), word);
+      lowercase(lastPathComponent(arg), word);
       // Next.js retitles its server process "next-server (vX.Y.Z)".
       if (word.starts_with("next-server")) return "Next.js";
       for (size_t i = 0; i < best; ++i)

@@ -84,8 +84,8 @@ json toJSON(const Item& item) {
             {"ports", item.ports},
             {"inbound", item.inbound},
             {"guarded", item.guarded},
-            {"cpuTime", item.cpuTime},
-            {"cpu", item.cpu},
+            {"cpuTime", item.cpuTimeNanoseconds},
+            {"cpu", item.cpuCores},
             {"building", item.building}};
   if (item.cwd) j["cwd"] = *item.cwd;
   if (item.project) j["project"] = *item.project;
@@ -121,8 +121,8 @@ Decoded<Item> decodeItem(const json& j) {
   item.ports = f.ports("ports");
   item.inbound = f.int64("inbound");
   item.guarded = f.boolean("guarded");
-  item.cpuTime = f.uint64("cpuTime");
-  item.cpu = f.number("cpu");
+  item.cpuTimeNanoseconds = f.uint64("cpuTime");
+  item.cpuCores = f.number("cpu");
   item.building = f.boolean("building");
   item.idleSince = f.optionalDate("idleSince");
   if (f.ok() && f.has("stop")) {

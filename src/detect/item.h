@@ -81,13 +81,16 @@ struct Item {
   int64_t inbound = 0;
   std::optional<Stop> stop{};
   bool guarded = false;
-  uint64_t cpuTime = 0;
-  double cpu = 0;
+  uint64_t cpuTimeNanoseconds = 0;  // of all its processes since they started
+  double cpuCores = 0;              // recent use, in cores; the tracker fills it in
   bool building = false;
   std::optional<Date> idleSince{};
 
   bool operator==(const Item&) const = default;
 };
+
+// The memory a row adds to the dev stack: none for rows counted elsewhere (containers inside an engine).
+inline uint64_t countedMemory(const Item& item) { return item.counted ? item.memory : 0; }
 
 struct KindName {
   Item::Kind kind;

@@ -12,9 +12,6 @@ namespace corvane {
 
 std::vector<Item> detect(const World& world);
 
-// The display name of the coding agent a process is, if it is one.
-std::optional<std::string> agentName(const Proc& proc);
-
 // The upper-case UDID between two slashes in the device path that launchd_sim is given.
 std::optional<std::string> simulatorUDID(std::string_view argument);
 

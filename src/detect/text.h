@@ -8,12 +8,6 @@ namespace corvane {
 
 inline bool contains(std::string_view text, std::string_view part) { return text.find(part) != std::string_view::npos; }
 
-// The text after the last "/", or all of it when there is none.
-inline std::string_view lastComponent(std::string_view path) {
-  const auto slash = path.rfind('/');
-  return slash == std::string_view::npos ? path : path.substr(slash + 1);
-}
-
 // The arguments joined by single blanks, into a buffer the caller reuses.
 inline const std::string& joinArgs(const std::vector<std::string>& args, std::string& buffer) {
   buffer.clear();

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "base/json_text.h"
 #include "base/system_texts.h"
 
 namespace corvane::MCP {
@@ -51,11 +52,11 @@ json toolResult(const Reply& reply) {
   return {{"content", json::array({{{"type", "text"}, {"text", reply.text}}})}, {"isError", reply.isError}};
 }
 
-std::optional<std::string> reply(const json& envelope) { return serialize(envelope); }
+std::optional<std::string> reply(const json& envelope) { return encodeCompactJSON(envelope, Slashes::plain); }
 
 std::optional<std::string> errorReply(int code, const std::string& message, const json& id,
                                       const json& data = nullptr) {
-  return serialize(error(code, message, id, data));
+  return encodeCompactJSON(error(code, message, id, data), Slashes::plain);
 }
 
 }  // namespace
@@ -64,14 +65,6 @@ json error(int code, const std::string& message, const json& id, const json& dat
   json e = {{"code", code}, {"message", message}};
   if (!data.is_null()) e["data"] = data;
   return {{"jsonrpc", "2.0"}, {"id", id}, {"error", std::move(e)}};
-}
-
-std::optional<std::string> serialize(const json& value) {
-  try {
-    return value.dump();
-  } catch (const json::exception&) {
-    return std::nullopt;
-  }
 }
 
 std::optional<std::string> handle(std::string_view line, const std::string& version, const Runner& run) {

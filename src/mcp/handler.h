@@ -21,7 +21,4 @@ std::optional<std::string> handle(std::string_view line, const std::string& vers
 nlohmann::json error(int code, const std::string& message, const nlohmann::json& id,
                      const nlohmann::json& data = nullptr);
 
-// Compact, sorted keys, "/" unescaped; absent when the value holds text that isn't UTF-8.
-std::optional<std::string> serialize(const nlohmann::json& value);
-
 }  // namespace corvane::MCP

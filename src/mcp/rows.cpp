@@ -20,7 +20,7 @@ std::string listRunningText(const std::vector<Row>& rows, Pressure pressure) {
   uint64_t counted = 0;
   json list = json::array();
   for (const auto& [item, refusal] : rows) {
-    if (item.counted) counted += item.memory;
+    counted += countedMemory(item);
     json row = {{"id", item.id},
                 {"title", item.title},
                 {"kind", rawValue(item.kind)},

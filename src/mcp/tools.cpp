@@ -1,6 +1,6 @@
 #include "mcp/tools.h"
 
-#include <cmath>
+#include "base/json_fields.h"
 
 namespace corvane::MCP {
 
@@ -21,19 +21,6 @@ json tool(const char* name, const char* title, const char* description, json inp
           {"description", description},
           {"inputSchema", std::move(inputSchema)},
           {"annotations", std::move(annotations)}};
-}
-
-// An integer argument, also when a client wrote it as a whole floating-point number.
-std::optional<int64_t> integerArgument(const json& value) {
-  if (value.is_number_integer()) {
-    if (value.is_number_unsigned() && value.get<uint64_t>() > static_cast<uint64_t>(INT64_MAX)) return std::nullopt;
-    return value.get<int64_t>();
-  }
-  if (value.is_number_float()) {
-    double d = value.get<double>();
-    if (std::isfinite(d) && std::floor(d) == d && std::fabs(d) < 9.0e15) return static_cast<int64_t>(d);
-  }
-  return std::nullopt;
 }
 
 }  // namespace
@@ -93,7 +80,7 @@ std::optional<Call> parse(const std::string& name, const json& arguments) {
       if (call.target.empty()) return std::nullopt;
       return call;
     }
-    auto number = integerArgument(*target);
+    auto number = jsonInteger(*target, WholeFloats::accepted);
     if (!number) return std::nullopt;
     call.target = std::to_string(*number);
     return call;
@@ -112,7 +99,7 @@ std::optional<Call> parse(const std::string& name, const json& arguments) {
     call.kind = Call::Kind::findFreePort;
     const json* start = member("start");
     if (!start) return call;
-    auto number = integerArgument(*start);
+    auto number = jsonInteger(*start, WholeFloats::accepted);
     if (!number || *number < 1 || *number > 65535) return std::nullopt;
     call.start = static_cast<uint16_t>(*number);
     return call;

@@ -5,7 +5,6 @@
 #include "platform/docker_socket.h"
 #include "scanner/json_lines.h"
 #include "scanner/memory_size.h"
-#include "tools/tools.h"
 
 namespace corvane {
 
@@ -78,10 +77,10 @@ std::vector<Container> fetchContainers(const std::string& docker, DockerTimeouts
 }
 
 // The engine's API costs no process start; the docker runs remain for an engine reached otherwise.
-std::vector<Container> Tools::containers() const {
+std::vector<Container> runningContainers(const Tools& tools) {
   if (const auto socket = platform::dockerEngineSocket())
     if (auto containers = fetchEngineContainers(*socket)) return std::move(*containers);
-  const std::string* docker = path("docker");
+  const std::string* docker = tools.path("docker");
   return docker ? fetchContainers(*docker) : std::vector<Container>{};
 }
 

@@ -8,12 +8,17 @@
 #include <nlohmann/json.hpp>
 
 #include "detect/item.h"
+#include "tools/tools.h"
 
 namespace corvane {
 
 // The Compose project in a container's comma-separated labels; absent when there is none or the
 // label has no value.
 std::optional<std::string> composeProject(std::string_view labels);
+
+// The running containers, from the engine's API when it answers, else through `docker ps` and
+// `docker stats`; empty without either.
+std::vector<Container> runningContainers(const Tools& tools);
 
 struct DockerTimeouts {
   double ps = 5;

@@ -8,6 +8,7 @@
 #include "detect/pipeline.h"
 #include "platform/docker_socket.h"
 #include "platform/paths.h"
+#include "scanner/containers.h"
 #include "scanner/simulator_names.h"
 
 namespace corvane {
@@ -66,7 +67,7 @@ void Scanner::refreshContainers(const Snapshot& snapshot) {
   containersAt_ = snapshot.taken;
 
   auto fetch = [state = containerState_, tools = tools_] {
-    auto containers = tools.containers();
+    auto containers = runningContainers(tools);
     std::lock_guard<std::mutex> lock(state->mutex);
     state->containers = std::move(containers);
     state->refreshing = false;

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "detect/item.h"
-#include "detect/tracker.h"
+#include "scanner/tracker.h"
 #include "tools/tools.h"
 #include "snapshot/reader.h"
 

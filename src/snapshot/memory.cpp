@@ -4,15 +4,6 @@
 
 namespace corvane {
 
-std::optional<Pressure> pressureFromRawValue(int raw) {
-  switch (raw) {
-    case 1: return Pressure::normal;
-    case 2: return Pressure::warning;
-    case 4: return Pressure::critical;
-    default: return std::nullopt;
-  }
-}
-
 std::string pressureName(Pressure pressure) {
   switch (pressure) {
     case Pressure::warning: return "warning";

@@ -1,14 +1,12 @@
 #pragma once
 // How hard the machine is pressed for memory, and how much swap is in use.
 #include <cstdint>
-#include <optional>
 #include <string>
 
 namespace corvane {
 
 enum class Pressure : int { normal = 1, warning = 2, critical = 4 };
 
-std::optional<Pressure> pressureFromRawValue(int raw);
 std::string pressureName(Pressure pressure);
 // A kernel level of 4 is critical, 2 warning, anything else normal.
 Pressure pressureFromLevel(int level);

@@ -1,17 +1,14 @@
 #include "snapshot/proc.h"
 
-#include <fstream>
-
-#include "platform/files.h"
 #include "base/json_fields.h"
 
 namespace corvane {
 
 using nlohmann::json;
 
-std::string lastPathComponent(const std::string& path) {
-  auto slash = path.rfind('/');
-  return slash == std::string::npos ? path : path.substr(slash + 1);
+std::string_view lastPathComponent(std::string_view path) {
+  const auto slash = path.rfind('/');
+  return slash == std::string_view::npos ? path : path.substr(slash + 1);
 }
 
 StartTimes startTimes(const Snapshot& snapshot) {
@@ -75,21 +72,6 @@ Decoded<Snapshot> decodeSnapshot(const json& j) {
     s.procs.push_back(std::move(*p.value));
   }
   return Decoded<Snapshot>::success(std::move(s));
-}
-
-Decoded<Snapshot> readSnapshotFile(const std::string& path) {
-  const auto bytes = platform::readFile(path);
-  if (!bytes) return Decoded<Snapshot>::failure("Can't read " + path + ".");
-  json j = json::parse(*bytes, nullptr, false);
-  if (j.is_discarded()) return Decoded<Snapshot>::failure(path + " is not valid JSON.");
-  return decodeSnapshot(j);
-}
-
-bool writeSnapshotFile(const Snapshot& snapshot, const std::string& path) {
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  if (!out) return false;
-  out << toJSON(snapshot).dump(2, ' ', false, json::error_handler_t::replace) << "\n";
-  return static_cast<bool>(out);
 }
 
 }  // namespace corvane

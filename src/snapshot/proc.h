@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -43,15 +44,11 @@ using StartTimes = std::unordered_map<int32_t, Date>;
 StartTimes startTimes(const Snapshot& snapshot);
 
 // The last component of a path: "node" for "/usr/bin/node", "" for "" and for a path ending in "/".
-std::string lastPathComponent(const std::string& path);
+std::string_view lastPathComponent(std::string_view path);
 
 nlohmann::json toJSON(const Proc& proc);
 nlohmann::json toJSON(const Snapshot& snapshot);
 Decoded<Proc> decodeProc(const nlohmann::json& json);
 Decoded<Snapshot> decodeSnapshot(const nlohmann::json& json);
-
-// Snapshots as files, as the detection fixtures keep them.
-Decoded<Snapshot> readSnapshotFile(const std::string& path);
-bool writeSnapshotFile(const Snapshot& snapshot, const std::string& path);
 
 }  // namespace corvane

@@ -21,7 +21,7 @@ std::string_view rawValue(Outcome::State state) {
 }
 
 Outcome makeOutcome(const Item& item, Outcome::State state, std::optional<std::string> reason) {
-  return Outcome{item.id, item.title, item.kind, item.counted ? item.memory : 0, state, std::move(reason)};
+  return Outcome{item.id, item.title, item.kind, countedMemory(item), state, std::move(reason)};
 }
 
 std::vector<Outcome> wouldStopOutcomes(const std::vector<Item>& rows) {

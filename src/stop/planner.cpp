@@ -13,7 +13,7 @@ bool isAlwaysFreeable(Item::Kind kind) {
 }  // namespace
 
 bool isQuiet(const Item& item) {
-  return item.idleSince || (!item.building && item.cpu < quietCores && item.inbound == 0);
+  return item.idleSince || (!item.building && item.cpuCores < quietCores && item.inbound == 0);
 }
 
 std::vector<Item> freeCandidates(const std::vector<Item>& items, const Refusal& refusal) {

@@ -29,7 +29,7 @@ std::string anotherAgent(const std::optional<std::string>& startedBy) {
 
 }  // namespace
 
-std::optional<std::string> whyNot(const Item& item, bool pinned, bool yes) {
+std::optional<std::string> refusalByIdOrPort(const Item& item, bool pinned, bool yes) {
   if (!item.stop) return "Corvane doesn't stop it";
   if (yes) return std::nullopt;
   if (pinned) return "pinned";
@@ -37,7 +37,7 @@ std::optional<std::string> whyNot(const Item& item, bool pinned, bool yes) {
   return std::nullopt;
 }
 
-std::optional<std::string> whyNot(const Item& item, bool pinned) {
+std::optional<std::string> refusalByProject(const Item& item, bool pinned) {
   if (!item.stop) return "Corvane doesn't stop it";
   if (pinned) return "pinned";
   if (item.guarded) return guardReason(item.kind);
@@ -48,7 +48,7 @@ std::optional<std::string> whyNot(const Item& item, bool pinned) {
 namespace MCP {
 
 std::optional<std::string> refusal(const Item& item, bool pinned, std::optional<int32_t> agentPID) {
-  if (auto reason = whyNot(item, pinned)) return reason;
+  if (auto reason = refusalByProject(item, pinned)) return reason;
   if (item.agentPID) {
     if (agentPID && *agentPID == *item.agentPID) return std::nullopt;
     return anotherAgent(item.startedBy);

@@ -17,10 +17,10 @@ using Refusal = std::function<std::optional<std::string>(const Item&)>;
 
 // A row picked by its id or one of its ports. "--yes" overrides pins and guards, never a missing stop method,
 // and a build picked this way is stopped.
-std::optional<std::string> whyNot(const Item& item, bool pinned, bool yes);
+std::optional<std::string> refusalByIdOrPort(const Item& item, bool pinned, bool yes);
 
 // Rows picked by project name, and the filter of `free`: builds are left alone too.
-std::optional<std::string> whyNot(const Item& item, bool pinned);
+std::optional<std::string> refusalByProject(const Item& item, bool pinned);
 
 namespace MCP {
 

@@ -21,15 +21,8 @@ struct Finished {
 };
 
 Outcome outcomeOf(const Item& row, const Stopper::Result& result) {
-  switch (result.state) {
-    case Stopper::Result::State::stopped:
-      return makeOutcome(row, Outcome::State::stopped);
-    case Stopper::Result::State::stillRunning:
-      return makeOutcome(row, Outcome::State::stillRunning);
-    case Stopper::Result::State::failed:
-      break;
-  }
-  return makeOutcome(row, Outcome::State::failed, result.message);
+  const bool failed = result.state == Outcome::State::failed;
+  return makeOutcome(row, result.state, failed ? std::optional(result.message) : std::nullopt);
 }
 
 }  // namespace
@@ -65,7 +58,7 @@ std::vector<Outcome> stopRows(const std::vector<Item>& rows, const StartTimes& s
   for (const Finished& f : finished) {
     const Item& row = rows[f.row];
     outcomes.push_back(outcomeOf(row, f.result));
-    if (f.result.state == Stopper::Result::State::stopped) stopped.push_back(makeActivity(row, now(), reason));
+    if (f.result.state == Outcome::State::stopped) stopped.push_back(makeActivity(row, now(), reason));
   }
   if (!stopped.empty()) ActivityLog::standard().append(stopped);
   return outcomes;

@@ -11,15 +11,14 @@
 #include "platform/process_table.h"
 #include "tools/tools.h"
 #include "snapshot/proc.h"
+#include "stop/outcome.h"
 
 namespace corvane::Stopper {
 
 struct Result {
-  enum class State {
-    stopped,       // the row's processes are gone, or the container tool reported success
-    stillRunning,  // the stop was sent, some process outlived the wait
-    failed,        // nothing was done, or the tool failed
-  };
+  // Only stopped (the processes are gone, or the container tool reported success), stillRunning (some
+  // process outlived the wait) or failed (nothing was done, or the tool failed).
+  using State = Outcome::State;
 
   State state = State::stopped;
   std::string message;  // when failed: a complete sentence for the user

@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "detect/item.h"
 
 namespace corvane::platform {
 class DefaultsStore;
@@ -32,9 +31,6 @@ struct Tools {
   // for a day in the defaults suite (`defaults` when given, else the desktop app's suite).
   static Tools load(const std::map<std::string, std::string>& known, const platform::DefaultsStore* defaults,
                     const std::string& shell);
-
-  // The running containers, through `docker ps` and `docker stats`; empty without docker.
-  std::vector<Container> containers() const;
 };
 
 // Runs a program to its end. Absent when it could not be started or was ended by a signal (as the

@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include "detect/agents.h"
 #include "detect/pipeline.h"
 #include "detect/world_fixture.h"
 
@@ -38,7 +39,7 @@ void expectEachProcessInOneRow(const World& world, const std::vector<Item>& item
       EXPECT_TRUE(owned.insert(pid).second) << pid << " owned twice";
       const auto p = std::find_if(world.snapshot.procs.begin(), world.snapshot.procs.end(),
                                   [&](const Proc& proc) { return proc.pid == pid; });
-      if (p != world.snapshot.procs.end() && agentName(*p)) {
+      if (p != world.snapshot.procs.end() && agentDisplayName(*p)) {
         EXPECT_EQ(item.kind, Item::Kind::agent) << item.id << " owns the agent " << pid;
       }
     }

@@ -13,7 +13,7 @@ Item sampleItem() {
   return {.id = "server:4121", .key = "server:/Users/ann/shop:Next.js", .kind = Item::Kind::server,
           .title = "Next.js :3000", .cwd = "/Users/ann/shop", .pids = {4121, 4122}, .memory = 1'200'000'000,
           .started = dateFromSeconds(1772356500), .ports = {3000}, .inbound = 2, .stop = Stop::signal(),
-          .cpuTime = 99, .cpu = 0.25};
+          .cpuTimeNanoseconds = 99, .cpuCores = 0.25};
 }
 
 TEST(StopTest, JSONHasExactlyOneKey) {

@@ -1,6 +1,7 @@
 // The shared machinery of a run: claiming, the climb up a launch chain, launchers, agents, the builder.
 #include <gtest/gtest.h>
 
+#include "detect/agents.h"
 #include "detect/detection.h"
 #include "detect/pipeline.h"
 #include "detect/world_fixture.h"
@@ -104,7 +105,7 @@ TEST(AppPathTest, LinuxInstallsAreAppsRuntimesAndToolsAreNotAgentsByNameScriptOr
       {makeProc(1, 0, "/usr/bin/python3", {"python3", "/usr/bin/claude"}), std::nullopt},
       {makeProc(1, 0, "/usr/bin/Claude"), std::nullopt},
   };
-  for (const auto& [proc, name] : agents) EXPECT_EQ(agentName(proc), name) << proc.path;
+  for (const auto& [proc, name] : agents) EXPECT_EQ(agentDisplayName(proc), name) << proc.path;
 }
 
 }  // namespace

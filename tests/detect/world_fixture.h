@@ -33,7 +33,7 @@ inline World loadWorld(const std::string& name) {
 inline Proc makeProc(int32_t pid, int32_t ppid, const std::string& path, std::vector<std::string> args = {},
                      const std::string& cwd = "/", std::vector<uint16_t> listening = {}) {
   return {.pid = pid, .ppid = ppid, .path = path, .args = std::move(args), .cwd = cwd,
-          .listening = std::move(listening), .name = lastPathComponent(path)};
+          .listening = std::move(listening), .name = std::string(lastPathComponent(path))};
 }
 
 inline World worldOf(std::vector<Proc> procs) { return {.snapshot = {.procs = std::move(procs)}}; }

@@ -10,7 +10,7 @@ namespace {
 using nlohmann::json;
 
 Proc proc(int32_t pid, int32_t ppid, const std::string& path) {
-  return {.pid = pid, .ppid = ppid, .path = path, .args = {path}, .name = lastPathComponent(path)};
+  return {.pid = pid, .ppid = ppid, .path = path, .args = {path}, .name = std::string(lastPathComponent(path))};
 }
 
 TEST(CallerTest, FindsTheAgentAboveTheServerUnlessAnAppIsInBetween) {

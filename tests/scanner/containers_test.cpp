@@ -70,7 +70,7 @@ TEST(ContainersTest, FetchThroughDocker) {
   EXPECT_TRUE(fetchContainers(fakeDocker(psLine, "exec sleep 5"), quick).empty());
   EXPECT_TRUE(fetchContainers(fakeDocker(std::string(psLine) + "; exit 1", "exit 0"), quick).empty());
   EXPECT_TRUE(fetchContainers(fakeDocker("exec sleep 5", "exit 0"), quick).empty());
-  EXPECT_TRUE(Tools{}.containers().empty());
+  EXPECT_TRUE(runningContainers(Tools{}).empty());
 }
 
 // The engine's API gives the rows the docker runs give; an engine that fails gives none, and only a
@@ -94,7 +94,7 @@ TEST(ContainersTest, FetchThroughTheEngineAPI) {
     const FakeEngine engine(c.mode);
     ASSERT_TRUE(engine.ready) << c.mode;
     const ScopedEnv host("DOCKER_HOST", engine.host());
-    EXPECT_EQ(c.mode == std::string("dead") ? tools.containers() : *fetchEngineContainers(engine.socket, quick),
+    EXPECT_EQ(c.mode == std::string("dead") ? runningContainers(tools) : *fetchEngineContainers(engine.socket, quick),
               c.containers)
         << c.mode;
   }
@@ -104,9 +104,9 @@ TEST(ContainersTest, FetchThroughTheEngineAPI) {
   const ScopedEnv host("DOCKER_HOST", "tcp://127.0.0.1:2375");
   const ScopedEnv runtime("XDG_RUNTIME_DIR", std::filesystem::path(engine.socket).parent_path().string());
   std::filesystem::rename(engine.socket, std::filesystem::path(engine.socket).parent_path() / "docker.sock");
-  EXPECT_EQ(tools.containers(), fromDocker);
+  EXPECT_EQ(runningContainers(tools), fromDocker);
   const ScopedEnv unset("DOCKER_HOST", std::nullopt);
-  EXPECT_EQ(tools.containers(), three);
+  EXPECT_EQ(runningContainers(tools), three);
 }
 
 }  // namespace

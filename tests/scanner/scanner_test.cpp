@@ -29,8 +29,8 @@ using testing_support::ScopedEnv;
 Date at(double seconds) { return dateFromSeconds(1'800'000'000 + seconds); }
 
 Proc process(int32_t pid, const std::string& path, std::vector<std::string> args, const std::string& cwd = "/") {
-  return Proc{
-      .pid = pid, .ppid = 1, .path = path, .args = std::move(args), .cwd = cwd, .name = lastPathComponent(path)};
+  return Proc{.pid = pid, .ppid = 1, .path = path, .args = std::move(args), .cwd = cwd,
+              .name = std::string(lastPathComponent(path))};
 }
 
 const Proc colima = process(100, "/opt/homebrew/bin/colima", {"colima", "start"});
@@ -167,13 +167,13 @@ TEST(ScannerTest, RowsCarryTheirProjectAndRecentCPUUse) {
   const auto first = scanner.scan();
   ASSERT_NE(row(first, "server:300"), nullptr);
   EXPECT_EQ(row(first, "server:300")->project, "app");
-  EXPECT_EQ(row(first, "server:300")->cpu, 0);
+  EXPECT_EQ(row(first, "server:300")->cpuCores, 0);
   EXPECT_FALSE(row(first, "server:300")->building);
   machine.procs[0].cpu += 2'500'000'000;
   machine.taken = at(5);
   const auto second = scanner.scan();
   ASSERT_NE(row(second, "server:300"), nullptr);
-  EXPECT_DOUBLE_EQ(row(second, "server:300")->cpu, 0.5);
+  EXPECT_DOUBLE_EQ(row(second, "server:300")->cpuCores, 0.5);
   EXPECT_TRUE(row(second, "server:300")->building);
 
   EXPECT_EQ(scanner.projectName(root + "/worktree/src"), "worktree");

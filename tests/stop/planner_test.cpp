@@ -26,7 +26,7 @@ TEST(PlannerTest, QuietCandidatesIdleFirstThenBiggestCountedOnlyUpToTheTarget) {
   Item container = row("container", Item::Kind::container, 8'000'000'000, true);
   container.counted = false;
   Item busy = row("busy", Item::Kind::gradle, 9'000'000'000, false);
-  busy.cpu = quietCores;
+  busy.cpuCores = quietCores;
   Item serving = row("serving", Item::Kind::simulator, 9'000'000'000, false);
   serving.inbound = 1;
   Item building = row("building", Item::Kind::kotlin, 9'000'000'000, false);

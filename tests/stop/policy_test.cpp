@@ -21,20 +21,21 @@ TEST(PolicyTest, FirstRuleThatAppliesDecidesAgentsStopOnlyWhatTheyStarted) {
   Item engine = row(Item::Kind::docker);
   engine.stop.reset();
   for (bool pinned : {false, true})
-    for (auto reason : {whyNot(engine, pinned, true), whyNot(engine, pinned), MCP::refusal(engine, pinned, 1)})
+    for (auto reason :
+         {refusalByIdOrPort(engine, pinned, true), refusalByProject(engine, pinned), MCP::refusal(engine, pinned, 1)})
       EXPECT_EQ(reason, "Corvane doesn't stop it");
   const Item database = row(Item::Kind::database, true);
-  EXPECT_EQ(whyNot(database, false, false), "a database");
-  EXPECT_EQ(whyNot(database, true, false), "pinned");
-  EXPECT_EQ(whyNot(database, true, true), std::nullopt);
-  EXPECT_EQ(whyNot(database, true), "pinned");
-  EXPECT_EQ(whyNot(database, false), "a database");  // "--yes" has no say by project
-  EXPECT_EQ(whyNot(row(Item::Kind::xcode, true), false, false), "in use by Xcode");
-  EXPECT_EQ(whyNot(row(Item::Kind::agent, true, true), false), "an agent session");
-  EXPECT_EQ(whyNot(row(Item::Kind::container, true), false, false), "a database");
+  EXPECT_EQ(refusalByIdOrPort(database, false, false), "a database");
+  EXPECT_EQ(refusalByIdOrPort(database, true, false), "pinned");
+  EXPECT_EQ(refusalByIdOrPort(database, true, true), std::nullopt);
+  EXPECT_EQ(refusalByProject(database, true), "pinned");
+  EXPECT_EQ(refusalByProject(database, false), "a database");  // "--yes" has no say by project
+  EXPECT_EQ(refusalByIdOrPort(row(Item::Kind::xcode, true), false, false), "in use by Xcode");
+  EXPECT_EQ(refusalByProject(row(Item::Kind::agent, true, true), false), "an agent session");
+  EXPECT_EQ(refusalByIdOrPort(row(Item::Kind::container, true), false, false), "a database");
   const Item build = row(Item::Kind::server, false, true);
-  EXPECT_EQ(whyNot(build, false, false), std::nullopt);
-  EXPECT_EQ(whyNot(build, false), "building");
+  EXPECT_EQ(refusalByIdOrPort(build, false, false), std::nullopt);
+  EXPECT_EQ(refusalByProject(build, false), "building");
 
   auto started = [](std::optional<int32_t> pid, std::optional<std::string> by) {
     Item item = row(Item::Kind::server);

@@ -14,7 +14,7 @@ namespace corvane {
 struct Tracker {
   struct Sample {
     Date at;
-    uint64_t cpu = 0;  // the row's cpuTime then, in nanoseconds
+    uint64_t cpuTimeNanoseconds = 0;  // the row's then
     bool operator==(const Sample&) const = default;
   };
   using Samples = std::map<std::string, std::vector<Sample>>;
@@ -29,7 +29,7 @@ struct Tracker {
   Samples samples;                         // per item id, oldest first
   std::map<std::string, Date> lastActive;  // per item id
 
-  // Fills in `cpu`, `building` and `idleSince` of a scan's items, in the same order, and forgets the
+  // Fills in `cpuCores`, `building` and `idleSince` of a scan's items, in the same order, and forgets the
   // rows that are gone.
   std::vector<Item> update(std::vector<Item> items, Date now);
   // One item of `update`; its history goes into `newSamples`.

@@ -1,4 +1,4 @@
-#include "detect/tracker.h"
+#include "scanner/tracker.h"
 
 #include <iterator>
 
@@ -22,21 +22,22 @@ Item Tracker::track(Item item, Date now, Samples& newSamples) {
 
   if (!history.empty() && now > history.front().at) {
     const Sample& base = history.front();
-    const uint64_t delta = item.cpuTime > base.cpu ? item.cpuTime - base.cpu : 0;
-    item.cpu = (static_cast<double>(delta) / nanosecondsPerSecond) / secondsBetween(base.at, now);
+    const uint64_t spent = item.cpuTimeNanoseconds;
+    const uint64_t delta = spent > base.cpuTimeNanoseconds ? spent - base.cpuTimeNanoseconds : 0;
+    item.cpuCores = (static_cast<double>(delta) / nanosecondsPerSecond) / secondsBetween(base.at, now);
   }
 
   // A Gradle daemon with a connected client is running a build even while it waits on the compiler.
-  item.building = item.cpu > busyCores || (item.kind == Item::Kind::gradle && item.inbound > 0);
+  item.building = item.cpuCores > busyCores || (item.kind == Item::Kind::gradle && item.inbound > 0);
 
-  const bool active = history.empty() || item.cpu > activeCores || item.inbound > 0;
+  const bool active = history.empty() || item.cpuCores > activeCores || item.inbound > 0;
   if (active) lastActive[item.id] = now;
   const auto seen = lastActive.find(item.id);
   const Date last = seen == lastActive.end() ? now : seen->second;
   item.idleSince.reset();
   if (now - last >= idleTime) item.idleSince = last;
 
-  history.push_back({now, item.cpuTime});
+  history.push_back({now, item.cpuTimeNanoseconds});
   newSamples[item.id] = std::move(history);
   return item;
 }
