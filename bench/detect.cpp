@@ -49,7 +49,7 @@ class Generator {
     p.args = std::move(args);
     p.cwd = cwd;
     p.footprint = 1'000'000 + random_() % 500'000'000;
-    p.cpu = random_() % 1'000'000'000'000;
+    p.cpuTimeNanoseconds = random_() % 1'000'000'000'000;
     p.listening = std::move(listening);
     p.inbound = static_cast<int64_t>(random_() % 3);
     procs_->push_back(std::move(p));

@@ -38,6 +38,10 @@ std::unordered_set<std::string_view> buildPublicNames() {
   for (const auto& [process, display] : agentNames) names.insert(process);
   names.insert(agentFileNames().begin(), agentFileNames().end());
   for (const auto& [process, display] : databaseNames) names.insert(process);
+  // Django's and Laravel's words are commands of a project's own script ("manage.py runserver",
+  // "artisan serve"), and the script's folder may say whose project it is: they stay hidden.
+  for (const auto& [word, display] : serverNames)
+    if (word != "runserver" && word != "artisan") names.insert(word);
   return names;
 }
 

@@ -11,9 +11,9 @@ inline constexpr std::array<std::string_view, 10> publicPrefixes = {
     "/private/etc/", "/dev/"};
 
 // Path components every developer's machine has: system folders, tool names, well-known folder names.
-// The process names of coding agents (also ending in ".exe" or ".js") and databases are public too (see
-// isPublicName).
-inline constexpr std::array<std::string_view, 135> fixedPublicNames = {
+// The process names of coding agents (also ending in ".exe" or ".js") and databases, and the words that
+// name dev servers, are public too (see isPublicName).
+inline constexpr std::array<std::string_view, 113> fixedPublicNames = {
     "Desktop", "Documents", "Downloads", "dev", "code", "projects", "Projects", "work", "repos", "git", "github",
     "Sites", "workspace", "start", "serve", "server", "test", "watch", "preview", "main", "index", "Users",
     "Shared", "Library", "Developer", "CoreSimulator", "Devices", "Xcode", "UserData", "Previews",
@@ -24,9 +24,7 @@ inline constexpr std::array<std::string_view, 135> fixedPublicNames = {
     "caches", "bin", "sbin", "lib", "libexec", "share", "etc", "var", "run", "tmp", "private", "opt", "usr",
     "local", "homebrew", "Cellar", "versions", "installation", "node", "bun", "deno", "java", "jbr", "python",
     "ruby", "go", "flutter", "dart", "cache", "gradle", "kotlin", "node_modules", "src", "dist", "build", "out",
-    "target", "debug", "release", "localhost", "next", "vite", "nuxt", "nuxi", "astro", "remix", "storybook",
-    "webpack", "webpack-dev-server", "wrangler", "vercel", "netlify", "firebase", "convex", "rails", "puma",
-    "uvicorn", "gunicorn", "flask", "hugo", "jekyll", "phx.server", "react-native", "expo", "cli", "cli.js",
+    "target", "debug", "release", "localhost", "react-native", "expo", "cli", "cli.js",
     "flutter_tools.snapshot", "launchd_sim", "launchd_bootstrap.plist", "device.plist",
 };
 
@@ -40,7 +38,7 @@ inline constexpr std::array<std::string_view, 2> localHosts = {"localhost", "127
 // Characters that split an argument into words, besides whitespace.
 inline constexpr std::string_view wordSeparators = ":=,;\"'";
 
-// A fixed public name, or the process name of a coding agent or a database.
+// A fixed public name, the process name of a coding agent or a database, or a dev server's word.
 bool isPublicName(std::string_view component);
 
 // A character (see characters()) that is white space of any kind, no-break spaces and line

@@ -71,7 +71,7 @@ Item Detection::owning(std::vector<int32_t> pids) {
     if (first) item.started = p->started;
     first = false;
     item.memory += p->footprint;
-    item.cpuTimeNanoseconds += p->cpu;
+    item.cpuTimeNanoseconds += p->cpuTimeNanoseconds;
     item.inbound += p->inbound;
     item.ports.insert(item.ports.end(), p->listening.begin(), p->listening.end());
   }

@@ -16,18 +16,6 @@ namespace corvane {
 
 namespace {
 
-// Words seen in a server's command lines, tried in this order; the first one present names the server.
-constexpr std::array<NamePair, 24> serverNames = {{
-    {"next", "Next.js"},      {"vite", "Vite"},       {"nuxt", "Nuxt"},
-    {"nuxi", "Nuxt"},         {"astro", "Astro"},     {"remix", "Remix"},
-    {"storybook", "Storybook"}, {"webpack", "webpack"}, {"webpack-dev-server", "webpack"},
-    {"wrangler", "Wrangler"}, {"vercel", "Vercel"},   {"netlify", "Netlify"},
-    {"firebase", "Firebase"}, {"convex", "Convex"},   {"rails", "Rails"},
-    {"puma", "Rails"},        {"runserver", "Django"}, {"uvicorn", "uvicorn"},
-    {"gunicorn", "gunicorn"}, {"flask", "Flask"},     {"hugo", "Hugo"},
-    {"jekyll", "Jekyll"},     {"artisan", "Laravel"}, {"phx.server", "Phoenix"},
-}};
-
 constexpr std::array<NamePair, 6> runtimeNames = {{
     {"node", "Node"}, {"bun", "Bun"}, {"deno", "Deno"}, {"ruby", "Ruby"}, {"java", "Java"}, {"php", "PHP"},
 }};

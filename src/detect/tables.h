@@ -101,6 +101,18 @@ inline constexpr std::array<std::string_view, 12> terminalTools = {
 inline constexpr std::array<std::string_view, 3> inAppToolchains = {
     "/Python.framework/", "/Python3.framework/", "/Contents/Developer/usr/"};
 
+// Words seen in a server's command lines, tried in this order; the first one present names the server.
+inline constexpr std::array<NamePair, 24> serverNames = {{
+    {"next", "Next.js"},      {"vite", "Vite"},       {"nuxt", "Nuxt"},
+    {"nuxi", "Nuxt"},         {"astro", "Astro"},     {"remix", "Remix"},
+    {"storybook", "Storybook"}, {"webpack", "webpack"}, {"webpack-dev-server", "webpack"},
+    {"wrangler", "Wrangler"}, {"vercel", "Vercel"},   {"netlify", "Netlify"},
+    {"firebase", "Firebase"}, {"convex", "Convex"},   {"rails", "Rails"},
+    {"puma", "Rails"},        {"runserver", "Django"}, {"uvicorn", "uvicorn"},
+    {"gunicorn", "gunicorn"}, {"flask", "Flask"},     {"hugo", "Hugo"},
+    {"jekyll", "Jekyll"},     {"artisan", "Laravel"}, {"phx.server", "Phoenix"},
+}};
+
 // Database process name to display name.
 inline constexpr std::array<NamePair, 6> databaseNames = {{
     {"postgres", "PostgreSQL"},

@@ -25,7 +25,7 @@ json toJSON(const Proc& p) {
             {"args", p.args},
             {"cwd", p.cwd},
             {"footprint", p.footprint},
-            {"cpu", p.cpu},
+            {"cpu", p.cpuTimeNanoseconds},
             {"started", iso8601(p.started)},
             {"listening", p.listening},
             {"inbound", p.inbound},
@@ -49,7 +49,7 @@ Decoded<Proc> decodeProc(const json& j) {
   p.args = f.strings("args");
   p.cwd = f.string("cwd");
   p.footprint = f.uint64("footprint");
-  p.cpu = f.uint64("cpu");
+  p.cpuTimeNanoseconds = f.uint64("cpu");
   p.started = f.date("started");
   p.listening = f.ports("listening");
   p.inbound = f.int64("inbound");

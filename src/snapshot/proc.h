@@ -21,7 +21,7 @@ struct Proc {
   std::vector<std::string> args{};  // args[0] included
   std::string cwd = "/";
   uint64_t footprint = 0;  // bytes
-  uint64_t cpu = 0;        // nanoseconds of user plus system time
+  uint64_t cpuTimeNanoseconds = 0;  // user plus system time
   Date started{};
   std::vector<uint16_t> listening{};  // ascending, no duplicates
   int64_t inbound = 0;              // established connections on a listening port

@@ -38,7 +38,7 @@ Proc procOf(int32_t pid, const platform::ProcessRecord& record, std::vector<std:
   proc.pid = pid;
   proc.ppid = record.ppid;
   proc.started = record.started;
-  proc.cpu = record.cpuTimeNanoseconds;
+  proc.cpuTimeNanoseconds = record.cpuTimeNanoseconds;
   proc.footprint = record.footprint;
   proc.args = std::move(args);
   if (record.executable) {

@@ -161,7 +161,7 @@ TEST(ScannerTest, RowsCarryTheirProjectAndRecentCPUUse) {
 
   Proc server = process(300, "/usr/bin/node", {"node", "server.js"}, root + "/app/src/lib");
   server.listening = {3000};
-  server.cpu = 1'000'000'000;
+  server.cpuTimeNanoseconds = 1'000'000'000;
   FakeMachine machine{{server}};
   Scanner scanner(Tools{}, machine.source());
   const auto first = scanner.scan();
@@ -169,7 +169,7 @@ TEST(ScannerTest, RowsCarryTheirProjectAndRecentCPUUse) {
   EXPECT_EQ(row(first, "server:300")->project, "app");
   EXPECT_EQ(row(first, "server:300")->cpuCores, 0);
   EXPECT_FALSE(row(first, "server:300")->building);
-  machine.procs[0].cpu += 2'500'000'000;
+  machine.procs[0].cpuTimeNanoseconds += 2'500'000'000;
   machine.taken = at(5);
   const auto second = scanner.scan();
   ASSERT_NE(row(second, "server:300"), nullptr);

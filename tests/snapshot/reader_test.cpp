@@ -114,7 +114,7 @@ TEST(ReaderTest, ForkedServerInATemporaryProject) {
   EXPECT_GT(proc->footprint, 0u);
   const Proc* self = find(snapshot, getpid());
   ASSERT_NE(self, nullptr);
-  EXPECT_GT(self->cpu, 0u);
+  EXPECT_GT(self->cpuTimeNanoseconds, 0u);
   EXPECT_FALSE(proc->responsible);
   // Start times come in clock ticks after a boot time of whole seconds.
   EXPECT_GE(proc->started, before - std::chrono::seconds(1));

@@ -10,7 +10,7 @@ using nlohmann::json;
 
 const Proc sample{.pid = 4121, .ppid = 4100, .path = "/opt/homebrew/bin/node",
                   .args = {"node", "/Users/ann/shop/node_modules/.bin/next", "dev"}, .cwd = "/Users/ann/shop",
-                  .footprint = 1'234'567'890'123ULL, .cpu = 18'000'000'000ULL,
+                  .footprint = 1'234'567'890'123ULL, .cpuTimeNanoseconds = 18'000'000'000ULL,
                   .started = dateFromSeconds(1772356500.123456), .listening = {3000, 9229}, .inbound = 3,
                   .name = "node"};
 
