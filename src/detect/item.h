@@ -11,7 +11,6 @@
 #include <nlohmann/json.hpp>
 
 #include "base/date.h"
-#include "base/decoded.h"
 
 namespace corvane {
 
@@ -137,8 +136,5 @@ nlohmann::json toJSON(const Stop& stop);
 // Dates in whole seconds: this is the form the command line prints.
 nlohmann::json toJSON(const Item& item);
 nlohmann::json toJSON(const Container& container);
-Decoded<Stop> decodeStop(const nlohmann::json& json);
-Decoded<Item> decodeItem(const nlohmann::json& json);
-Decoded<Container> decodeContainer(const nlohmann::json& json);
 
 }  // namespace corvane

@@ -1,4 +1,5 @@
 #include "detect/item.h"
+#include "support/item_decoding.h"
 
 #include <gtest/gtest.h>
 

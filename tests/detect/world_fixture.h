@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "detect/item.h"
+#include "support/item_decoding.h"
 #include "detect/world.h"
 
 namespace corvane::testing {

@@ -7,6 +7,7 @@
 
 #include "activity/undo.h"
 #include "detect/item.h"
+#include "support/item_decoding.h"
 #include "scanner/containers.h"
 #include "scanner/json_lines.h"
 #include "snapshot/proc.h"
