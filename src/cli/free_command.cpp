@@ -8,7 +8,6 @@
 #include "cli/outcome_output.h"
 #include "platform/output.h"
 #include "scanner/scanner.h"
-#include "scanner/settled_scan.h"
 #include "stop/pins.h"
 #include "stop/planner.h"
 #include "stop/policy.h"

@@ -7,7 +7,6 @@
 #include "cli/outcome_output.h"
 #include "platform/output.h"
 #include "scanner/scanner.h"
-#include "scanner/settled_scan.h"
 #include "stop/match.h"
 #include "stop/pins.h"
 #include "stop/policy.h"

@@ -1,6 +1,5 @@
 // What each tool does for the calling agent.
 #include "stop/outcome.h"
-#include "scanner/settled_scan.h"
 #include "stop/stop_rows.h"
 #include "mcp/rows.h"
 #include "mcp/server.h"

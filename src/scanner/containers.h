@@ -1,5 +1,6 @@
 #pragma once
 // The running containers, from a Docker engine's API or else from `docker ps` and `docker stats`.
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -41,5 +42,15 @@ std::optional<std::vector<Container>> fetchEngineContainers(const std::string& s
 // One container of the engine's list (an object with a string "Id"), with the memory of its stats
 // (null when they could not be had), as the docker runs show it.
 Container containerFromEngine(const nlohmann::json& listed, const nlohmann::json& stats);
+
+// Output of the form `docker ... --format "{{json .}}"`: one JSON object per line.
+// The lines that hold JSON objects, in order; empty lines, unparsable lines and other JSON values
+// are skipped. Invalid UTF-8 is replaced first, so one bad byte costs at most its own line's text.
+std::vector<nlohmann::json> parseJSONLines(std::string_view bytes);
+
+// Memory sizes as `docker stats` prints them: "1.5GiB", "512MiB", "12.3kB", "0B".
+// Bytes, truncated toward zero. Anything without a known unit right after the number, and any
+// negative or non-finite number, is 0; a size beyond 64 bits is the largest one.
+uint64_t parseMemorySize(std::string_view text);
 
 }  // namespace corvane

@@ -3,7 +3,6 @@
 #include <cstdio>
 
 #include "platform/unix_http.h"
-#include "scanner/memory_size.h"
 
 namespace corvane {
 

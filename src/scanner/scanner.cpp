@@ -1,5 +1,6 @@
 #include "scanner/scanner.h"
 
+#include <chrono>
 #include <filesystem>
 #include <system_error>
 #include <thread>
@@ -8,8 +9,8 @@
 #include "detect/pipeline.h"
 #include "platform/docker_socket.h"
 #include "platform/paths.h"
+#include "platform/property_list.h"
 #include "scanner/containers.h"
-#include "scanner/simulator_names.h"
 
 namespace corvane {
 
@@ -125,6 +126,20 @@ std::optional<std::string> Scanner::cachedProjectName(const std::string& cwd) {
   }
   projects_[cwd] = result;
   return result;
+}
+
+std::vector<Item> settledScan(Scanner& scanner) {
+  scanner.scan();
+  // sleep_for measures on the steady clock, so a change of the wall clock can't stretch the pause.
+  std::this_thread::sleep_for(std::chrono::seconds(2));
+  return scanner.scan();
+}
+
+std::optional<std::string> simulatorName(const std::string& path, const std::string& udid) {
+  const std::string marker = "/" + udid + "/";
+  const size_t at = path.find(marker);
+  if (at == std::string::npos) return std::nullopt;
+  return platform::plistStringValue(path.substr(0, at + marker.size()) + "device.plist", "name");
 }
 
 }  // namespace corvane

@@ -10,8 +10,8 @@
 
 #include "detect/item.h"
 #include "scanner/tracker.h"
-#include "tools/tools.h"
 #include "snapshot/reader.h"
+#include "tools/tools.h"
 
 namespace corvane {
 
@@ -61,5 +61,14 @@ class Scanner {
 
 // A Docker engine runs: an engine process in the snapshot, or (on Linux) a Docker socket.
 bool dockerEngineRunning(const Snapshot& snapshot);
+
+// The rows as `stop` and `free` act on them: two scans 2 seconds apart, so that CPU use, builds and
+// idleness describe the last 2 seconds rather than a process's whole life.
+std::vector<Item> settledScan(Scanner& scanner);
+
+// The name the user gave an iOS simulator device, from the device's own directory.
+// `path` lies inside the device's directory, which is named by `udid`; the name is the "name" entry
+// of that directory's device.plist (binary or XML). Absent on any failure.
+std::optional<std::string> simulatorName(const std::string& path, const std::string& udid);
 
 }  // namespace corvane

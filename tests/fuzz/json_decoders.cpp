@@ -9,7 +9,6 @@
 #include "detect/item.h"
 #include "support/item_decoding.h"
 #include "scanner/containers.h"
-#include "scanner/json_lines.h"
 #include "snapshot/proc.h"
 
 namespace {

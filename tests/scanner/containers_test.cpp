@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "scanner/containers.h"
-#include "scanner/json_lines.h"
-#include "scanner/memory_size.h"
 #include "tools/tools.h"
 #include "support/fake_engine.h"
 #include "support/fake_programs.h"

@@ -14,7 +14,6 @@
 
 #include "platform/docker_socket.h"
 #include "platform/paths.h"
-#include "scanner/simulator_names.h"
 #include "support/fake_programs.h"
 #include "support/listeners.h"
 
