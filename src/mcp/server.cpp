@@ -3,7 +3,6 @@
 #include <future>
 #include <memory>
 #include <thread>
-#include <unistd.h>
 
 #include "platform/input.h"
 #include "platform/interrupts.h"
@@ -13,6 +12,7 @@
 #include "mcp/handler.h"
 #include "platform/defaults.h"
 #include "platform/server_version.h"
+#include "platform/signals.h"
 #include "scanner/scanner.h"
 #include "snapshot/reader.h"
 
@@ -21,7 +21,7 @@ namespace corvane::MCP {
 int32_t serve() {
   // A handful of reads up the server's own ancestry: the whole process table would cost more than
   // everything else the handshake does.
-  std::optional<Caller> agent = caller(ancestors(static_cast<int32_t>(getpid())));
+  std::optional<Caller> agent = caller(ancestors(platform::ownPid()));
   std::optional<int32_t> agentPID;
   if (agent) agentPID = agent->pid;
 
