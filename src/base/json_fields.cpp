@@ -31,6 +31,11 @@ std::optional<uint64_t> jsonUnsigned(const json& value) {
   return std::nullopt;
 }
 
+const std::string* jsonString(const json& object, const char* key) {
+  const auto it = object.find(key);
+  return it != object.end() && it->is_string() ? it->get_ptr<const std::string*>() : nullptr;
+}
+
 JSONFields::JSONFields(const json& object, std::string typeName) : object_(object), typeName_(std::move(typeName)) {
   if (!object_.is_object()) error_ = typeName_ + " must be a JSON object.";
 }

@@ -51,4 +51,7 @@ enum class WholeFloats { refused, accepted };
 std::optional<int64_t> jsonInteger(const nlohmann::json& value, WholeFloats wholeFloats = WholeFloats::refused);
 std::optional<uint64_t> jsonUnsigned(const nlohmann::json& value);
 
+// The string at `key` of an object; null when the key is missing or holds another type.
+const std::string* jsonString(const nlohmann::json& object, const char* key);
+
 }  // namespace corvane

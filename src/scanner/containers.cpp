@@ -7,6 +7,7 @@
 #include <map>
 #include <string>
 
+#include "base/json_fields.h"
 #include "base/lines.h"
 #include "base/utf8.h"
 #include "platform/docker_socket.h"
@@ -17,11 +18,6 @@ namespace {
 
 constexpr std::string_view composeProjectLabel = "com.docker.compose.project";
 
-const std::string* stringField(const nlohmann::json& object, const char* key) {
-  const auto it = object.find(key);
-  return it != object.end() && it->is_string() ? it->get_ptr<const std::string*>() : nullptr;
-}
-
 // The used half of "1.5GiB / 7.7GiB".
 uint64_t usedMemory(std::string_view memUsage) {
   while (!memUsage.empty() && memUsage.front() == '/') memUsage.remove_prefix(1);
@@ -31,8 +27,8 @@ uint64_t usedMemory(std::string_view memUsage) {
 std::map<std::string, uint64_t> memoryByContainer(std::string_view statsOutput) {
   std::map<std::string, uint64_t> memory;
   for (const auto& object : parseJSONLines(statsOutput)) {
-    const std::string* id = stringField(object, "ID");
-    const std::string* usage = stringField(object, "MemUsage");
+    const std::string* id = jsonString(object, "ID");
+    const std::string* usage = jsonString(object, "MemUsage");
     if (id && usage) memory[*id] = usedMemory(*usage);
   }
   return memory;
@@ -58,11 +54,11 @@ std::vector<Container> containersFromDockerOutput(std::string_view psOutput, std
   const auto memory = memoryByContainer(statsOutput);
   std::vector<Container> containers;
   for (const auto& object : parseJSONLines(psOutput)) {
-    const std::string* id = stringField(object, "ID");
-    const std::string* names = stringField(object, "Names");
+    const std::string* id = jsonString(object, "ID");
+    const std::string* names = jsonString(object, "Names");
     if (!id || !names) continue;
-    const std::string* image = stringField(object, "Image");
-    const std::string* labels = stringField(object, "Labels");
+    const std::string* image = jsonString(object, "Image");
+    const std::string* labels = jsonString(object, "Labels");
     const auto used = memory.find(*id);
     containers.push_back(Container{*id, *names, image ? *image : std::string(),
                                    composeProject(labels ? std::string_view(*labels) : std::string_view()),

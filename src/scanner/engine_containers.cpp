@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "base/json_fields.h"
 #include "platform/unix_http.h"
 
 namespace corvane {
@@ -10,11 +11,6 @@ namespace {
 
 using nlohmann::json;
 using platform::HttpAnswer;
-
-const std::string* stringField(const json& object, const char* key) {
-  const auto it = object.find(key);
-  return it != object.end() && it->is_string() ? it->get_ptr<const std::string*>() : nullptr;
-}
 
 uint64_t unsignedField(const json& object, const char* key) {
   const auto it = object.find(key);
@@ -81,8 +77,8 @@ uint64_t statsMemory(const json& stats) {
 }  // namespace
 
 Container containerFromEngine(const json& listed, const json& stats) {
-  const std::string* image = stringField(listed, "Image");
-  return Container{*stringField(listed, "Id"), joinedNames(listed),
+  const std::string* image = jsonString(listed, "Image");
+  return Container{*jsonString(listed, "Id"), joinedNames(listed),
                    image && !image->empty() ? *image : std::string("<no image>"),
                    composeProject(joinedLabels(listed)), stats.is_object() ? statsMemory(stats) : 0};
 }
@@ -96,10 +92,10 @@ std::optional<std::vector<Container>> fetchEngineContainers(const std::string& s
   std::vector<const json*> running;
   std::vector<std::string> paths;
   for (const auto& object : listed) {
-    if (!object.is_object() || !stringField(object, "Id")) continue;
+    if (!object.is_object() || !jsonString(object, "Id")) continue;
     running.push_back(&object);
     // One sample, not the two that CPU use needs: memory is all that is read.
-    paths.push_back("/containers/" + *stringField(object, "Id") + "/stats?stream=false&one-shot=true");
+    paths.push_back("/containers/" + *jsonString(object, "Id") + "/stats?stream=false&one-shot=true");
   }
   const auto answers = platform::getOverUnixSocket(socket, paths, timeouts.stats);
   std::vector<Container> containers;

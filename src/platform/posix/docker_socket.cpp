@@ -31,6 +31,14 @@ std::vector<std::string> dockerPlaces() {
   return places;
 }
 
+// The socket a unix:// DOCKER_HOST names; absent when it names none or something else.
+std::optional<std::string> hostSocket(std::string_view host) {
+  if (!host.starts_with(unixScheme)) return std::nullopt;
+  std::string path(host.substr(unixScheme.size()));
+  if (!isSocket(path)) return std::nullopt;
+  return path;
+}
+
 std::optional<std::string> firstSocket(const std::vector<std::string>& places) {
   for (const auto& place : places)
     if (isSocket(place)) return place;
@@ -40,12 +48,7 @@ std::optional<std::string> firstSocket(const std::vector<std::string>& places) {
 }  // namespace
 
 std::optional<std::string> dockerEngineSocket() {
-  if (const char* host = std::getenv("DOCKER_HOST"); host && *host) {
-    const std::string_view value(host);
-    if (!value.starts_with(unixScheme)) return std::nullopt;
-    const std::string path(value.substr(unixScheme.size()));
-    return isSocket(path) ? std::optional<std::string>(path) : std::nullopt;
-  }
+  if (const char* host = std::getenv("DOCKER_HOST"); host && *host) return hostSocket(host);
   std::vector<std::string> places = dockerPlaces();
 #ifdef __APPLE__
   const std::string& home = homeDirectory();
@@ -61,10 +64,7 @@ bool dockerSocketExists() {
 #ifdef __APPLE__
   return false;
 #else
-  if (const char* host = std::getenv("DOCKER_HOST"); host) {
-    const std::string_view value(host);
-    if (value.starts_with(unixScheme) && isSocket(std::string(value.substr(unixScheme.size())))) return true;
-  }
+  if (const char* host = std::getenv("DOCKER_HOST"); host && hostSocket(host)) return true;
   return firstSocket(dockerPlaces()).has_value();
 #endif
 }
