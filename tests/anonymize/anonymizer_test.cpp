@@ -30,14 +30,14 @@ class RulesTest : public ::testing::Test {
 TEST_F(RulesTest, ComponentsWithoutLettersStayPathsLoseHomeAndPrivateFolders) {
   // Letters are those of any script: a dash, an emoji, a currency sign, lone accents and Arabic digits are none.
   for (const char* kept : {"0f2c3a7e-1b2d-4c5e-8F90-A1B2C3D4E5F6", "2024", "1.2.3", "", ".env", "~", "claude.exe",
-                           "opencode.exe", "qwen", "Application Support", "claude", "postgres",
+                           "opencode.exe", "qwen", "Application Support", "claude", "postgres", "vite", "phx.server",
                            "2024\xE2\x80\x93" "2025", "\xF0\x9F\x9A\x80", "100\xE2\x82\xAC", "\xCC\x81\xCC\x81",
                            "\xD9\xA3\xD9\xA4"})
     EXPECT_EQ(component(kept), kept);
   EXPECT_TRUE(state.privateNames.empty());
   for (const char* hashed : {"0F2C3A7E-1B2D-4C5E-8F90-A1B2C3D4E5FG", "0F2C3A7E1B2D-4C5E-8F90-A1B2C3D4E5F6a", "a.b1",
                              "report.markdownx", "\xC3\xA9" "cole", "e\xCC\x81", "\xE6\x9D\xB1\xE4\xBA\xAC",
-                             "\xE2\x84\xA6mega", "\xED\x95\x9C"})
+                             "\xE2\x84\xA6mega", "\xED\x95\x9C", "runserver", "artisan"})
     EXPECT_EQ(component(hashed), h(hashed));
   EXPECT_EQ(component("notes.txt"), h("notes") + ".txt");
   EXPECT_EQ(component("report.markdown"), h("report") + ".markdown");
